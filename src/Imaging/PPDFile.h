@@ -20,7 +20,7 @@ struct APageSizeRecord
     float fTop = 0;
 };
 
-/// The limits of a custom page size, in points; all zero for a printer without custom sizes.
+/// The limits of a custom page size, in points, as the PPD states them; zero where it does not.
 struct ACustomLimits
 {
     float fMinWidth = 0;
@@ -94,7 +94,7 @@ private:
 
     explicit APPDFile(ppd_file_s* inFile);
 
-    [[nodiscard]] std::optional<APageSizeRecord> FindNamedPageSize(const std::string& inName) const;
+    [[nodiscard]] std::optional<APageSizeRecord> FindNamedPageSize(std::string_view inName) const;
     [[nodiscard]] std::optional<APageSizeRecord> FindSelfDescribedPageSize(std::string_view inName) const;
 
     std::unique_ptr<ppd_file_s, ACloser> fFile; ///< never null
