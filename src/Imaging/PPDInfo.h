@@ -50,6 +50,9 @@ public:
     /// The description in a file. Null for a null path or when the file cannot be opened.
     [[nodiscard]] static std::unique_ptr<APPDInfo> CreatePPDInfo(const char* inPath);
 
+    /// inFile is not null.
+    explicit APPDInfo(std::unique_ptr<APPDFile> inFile);
+
     /// Whether the PPD has an option or an attribute of that keyword.
     [[nodiscard]] bool IsFeatureSupported(std::string_view inKeyword) const;
 
@@ -84,7 +87,5 @@ public:
     [[nodiscard]] std::optional<AMargins> GetPaperMargins(std::string_view inMediaName) const;
 
 private:
-    explicit APPDInfo(std::unique_ptr<APPDFile> inFile);
-
     std::unique_ptr<APPDFile> fFile; ///< never null
 };
