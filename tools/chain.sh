@@ -31,24 +31,26 @@ failure_reason() { # log
     } | awk 'NR == 1'
 }
 
-# The TBCP tag in front of a job is for the printer's port, not for its interpreter.
+# Draws a job as the printer would, no page turned to be read better. The TBCP tag in front of a job is for the printer's
+# port, not for its interpreter.
 interpret() { # job gs-arguments...
     local job=$1
     shift
-    LC_ALL=C sed $'1s/^\x01M//' "$job" | gs -q -dSAFER -dBATCH -dNOPAUSE "$@" - >&2
+    LC_ALL=C sed $'1s/^\x01M//' "$job" | gs -q -dSAFER -dBATCH -dNOPAUSE -dAutoRotatePages=/None "$@" - >&2
 }
 
 page_count() { # pdf
     pdfinfo "$1" | awk '$1 == "Pages:" { print $2 }'
 }
 
-# All pages side by side, the missing ones of the last row blank; no more than twenty.
+# The first sixteen pages side by side, each in a frame.
 draw_contact_sheet() { # pdf png
-    local pages columns rows
+    local pages grid=1
     pages=$(page_count "$1")
-    pages=$((pages > 20 ? 20 : pages))
-    columns=$((pages < 5 ? pages : pages < 13 ? 4 : 5))
-    rows=$(((pages + columns - 1) / columns))
-    gs -q -dSAFER -dBATCH -dNOPAUSE -sDEVICE=png16m -dTextAlphaBits=4 -dGraphicsAlphaBits=4 -r$((columns > 2 ? 150 : 100)) \
-        -sNupControl=${columns}x$rows -dLastPage="$pages" -o "$2" "$1" -c "$((columns * rows - pages)) { showpage } repeat" >&2
+    while ((grid < 4 && grid * grid < pages)); do
+        ((++grid))
+    done
+    "$kFilters/pdftopdf" 1 demo sheet 1 "number-up=$((grid * grid)) page-border=single page-ranges=1-16" "$1" 2>/dev/null |
+        gs -q -dSAFER -dBATCH -dNOPAUSE -sDEVICE=png16m -dTextAlphaBits=4 -dGraphicsAlphaBits=4 -r$((75 + 25 * grid)) \
+            -o "$2" - >&2
 }
