@@ -1,0 +1,31 @@
+#pragma once
+
+#include <ctime>
+#include <set>
+#include <string>
+
+/// Seconds since 1970 UTC: the environment variable SOURCE_DATE_EPOCH (reproducible-builds.org) when it holds a whole
+/// number up to the end of the year 9999, else the clock.
+[[nodiscard]] std::time_t GetCurrentTime();
+
+/// The current time in UTC as "YYYY-MM-DDThh:mm:ssZ" (ISO 8601).
+[[nodiscard]] std::string CreateTimeStamp();
+
+/// A new random UUID (RFC 9562 version 4): 36 characters, lower case.
+[[nodiscard]] std::string CreateUUID();
+
+/// The host name up to its first dot; empty when the system does not tell it.
+[[nodiscard]] std::string CreateComputerName();
+
+/// What follows the first dot of the host name, else the first search domain of the resolver configuration
+/// (resolv.conf(5)), else empty. The network is never asked.
+[[nodiscard]] std::string CreateDomainName();
+
+/// The version of the system that the print dialog ran on, as four decimal digits in the nibbles: two of the major
+/// number, minor, patch. 10.3.9 is 0x1039. Taken from the environment variable VX_SYSTEM_VERSION ("10.3", "10.3.9");
+/// 0x1050 when that is not set or holds anything else.
+[[nodiscard]] unsigned GetSystemVersion();
+
+/// The names of the groups that the user is a member of, the primary group included; a group without a name is left
+/// out. Empty for an unknown user.
+[[nodiscard]] std::set<std::string> GetGroupsForUser(const std::string& inUserName);

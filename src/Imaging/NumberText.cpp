@@ -1,0 +1,48 @@
+#include "Imaging/NumberText.h"
+
+#include <charconv>
+#include <limits>
+#include <system_error>
+
+namespace
+{
+
+/// What std::from_chars does not skip itself: white space and a plus sign. Nothing is left of a text that goes on with
+/// anything but digits (and a point).
+std::string_view SkipToNumber(std::string_view inText, std::string_view inDigits)
+{
+    const std::size_t start = inText.find_first_not_of(" \t\n\v\f\r");
+    if (start == std::string_view::npos)
+    {
+        return {};
+    }
+    std::string_view number = inText.substr(start);
+    const std::size_t sign = number.starts_with('+') || number.starts_with('-') ? 1 : 0;
+    if (number.size() <= sign || inDigits.find(number[sign]) == std::string_view::npos)
+    {
+        return {};
+    }
+    return number.starts_with('+') ? number.substr(1) : number;
+}
+
+} // namespace
+
+long long ReadLeadingInteger(std::string_view inText)
+{
+    const std::string_view number = SkipToNumber(inText, "0123456789");
+    long long value = 0;
+    if (std::from_chars(number.data(), number.data() + number.size(), value).ec == std::errc::result_out_of_range)
+    {
+        using Limits = std::numeric_limits<long long>;
+        return number.starts_with('-') ? Limits::min() : Limits::max();
+    }
+    return value;
+}
+
+double ReadLeadingNumber(std::string_view inText)
+{
+    const std::string_view number = SkipToNumber(inText, ".0123456789");
+    double value = 0;
+    const auto result = std::from_chars(number.data(), number.data() + number.size(), value);
+    return result.ec == std::errc() ? value : 0;
+}
