@@ -1,7 +1,5 @@
 #pragma once
 
-#include <source_location>
-
 /// Severity of a log record: the smaller, the more severe. A record above the set level is dropped before it is
 /// formatted.
 enum LogLevel : int
@@ -11,17 +9,29 @@ enum LogLevel : int
     kLogTrace = 4,     ///< progress and trace
 };
 
+/// A place in the sources, taken where it stands as a default argument. Not std::source_location, for which the
+/// compiler that lints and fuzzes this code has no support.
+struct ASourcePlace
+{
+    static constexpr ASourcePlace Current(const char* inFile = __builtin_FILE(),
+                                          const char* inFunction = __builtin_FUNCTION(), int inLine = __builtin_LINE())
+    {
+        return {inFile, inFunction, inLine};
+    }
+
+    const char* fFile;
+    const char* fFunction;
+    int fLine;
+};
+
 /// Where a log record comes from: its level and, taken at the call, the source position.
 struct ALogSite
 {
     // NOLINTNEXTLINE(google-explicit-constructor): a level alone is the usual way to write a call
-    ALogSite(LogLevel inLevel, std::source_location inWhere = std::source_location::current())
-        : fLevel(inLevel), fWhere(inWhere)
-    {
-    }
+    ALogSite(LogLevel inLevel, ASourcePlace inWhere = ASourcePlace::Current()) : fLevel(inLevel), fWhere(inWhere) {}
 
     LogLevel fLevel;
-    std::source_location fWhere;
+    ASourcePlace fWhere;
 };
 
 void LoggerSetLogLevel(int inLevel);
@@ -37,8 +47,7 @@ void LoggerSetFormat(const char* inFormat);
 void LoggerLogMessage(ALogSite inSite, const char* inFormat, ...) __attribute__((format(printf, 2, 3)));
 
 /// Logs "EXPRESSION assertion failed" unless the condition holds. Returns the condition; nothing is ever stopped by it.
-bool LogUnless(bool inCondition, const char* inExpression,
-               std::source_location inWhere = std::source_location::current());
+bool LogUnless(bool inCondition, const char* inExpression, ASourcePlace inWhere = ASourcePlace::Current());
 
 /// The trace of a function's entry that some operations leave in the log.
-void LogEnteredFunction(std::source_location inWhere = std::source_location::current());
+void LogEnteredFunction(ASourcePlace inWhere = ASourcePlace::Current());

@@ -42,7 +42,7 @@ std::unique_ptr<APPDInfo> APPDInfo::CreatePPDInfo(const std::string& inPrinterNa
 {
     if (auto file = OpenQueueDescription(inPrinterName))
     {
-        return std::unique_ptr<APPDInfo>(new APPDInfo(std::move(file)));
+        return std::make_unique<APPDInfo>(std::move(file));
     }
     return CreatePPDInfo(std::getenv("PPD"));
 }
@@ -50,7 +50,11 @@ std::unique_ptr<APPDInfo> APPDInfo::CreatePPDInfo(const std::string& inPrinterNa
 std::unique_ptr<APPDInfo> APPDInfo::CreatePPDInfo(const char* inPath)
 {
     auto file = APPDFile::Open(inPath);
-    return file == nullptr ? nullptr : std::unique_ptr<APPDInfo>(new APPDInfo(std::move(file)));
+    if (file == nullptr)
+    {
+        return nullptr;
+    }
+    return std::make_unique<APPDInfo>(std::move(file));
 }
 
 bool APPDInfo::IsFeatureSupported(std::string_view inKeyword) const

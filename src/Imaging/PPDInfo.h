@@ -40,6 +40,9 @@ public:
         std::string fValue; ///< may be empty
     };
 
+    /// Takes over an open description, never null.
+    explicit APPDInfo(std::unique_ptr<APPDFile> inFile);
+
     /// The description of a queue: the file ppd/NAME.ppd below CUPS_SERVERROOT (default /etc/cups) when the name holds
     /// no slash and the file opens; otherwise the file that the environment variable PPD names. Null when neither
     /// opens.
@@ -84,7 +87,5 @@ public:
     [[nodiscard]] std::optional<AMargins> GetPaperMargins(std::string_view inMediaName) const;
 
 private:
-    explicit APPDInfo(std::unique_ptr<APPDFile> inFile);
-
     std::unique_ptr<APPDFile> fFile; ///< never null
 };
