@@ -104,8 +104,6 @@ std::span<const ppd_choice_t> ListChoices(const ppd_option_t* inOption)
 
 } // namespace
 
-APPDFile::APPDFile(ppd_file_s* inFile) : fFile(inFile) {}
-
 void APPDFile::ACloser::operator()(ppd_file_s* inFile) const
 {
     ppdClose(inFile);
@@ -113,13 +111,13 @@ void APPDFile::ACloser::operator()(ppd_file_s* inFile) const
 
 std::unique_ptr<APPDFile> APPDFile::Open(const char* inPath)
 {
-    ppd_file_t* const file = inPath == nullptr ? nullptr : ppdOpenFile(inPath);
+    AHandle file(inPath == nullptr ? nullptr : ppdOpenFile(inPath));
     if (file == nullptr)
     {
         return nullptr;
     }
-    ppdMarkDefaults(file);
-    return std::unique_ptr<APPDFile>(new APPDFile(file));
+    ppdMarkDefaults(file.get());
+    return std::make_unique<APPDFile>(std::move(file));
 }
 
 std::optional<APageSizeRecord> APPDFile::FindPageSize(std::string_view inMediaName) const

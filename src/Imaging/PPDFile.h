@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 struct ppd_file_s;
@@ -42,6 +43,12 @@ struct APageExtent
 /// valid. The look-ups move cursors inside libcups's record, so one object serves one thread at a time.
 class APPDFile
 {
+    struct ACloser
+    {
+        void operator()(ppd_file_s* inFile) const;
+    };
+    using AHandle = std::unique_ptr<ppd_file_s, ACloser>;
+
 public:
     /// One statement "*KEYWORD SPEC: VALUE" that is no choice of an option.
     struct AAttribute
@@ -49,6 +56,9 @@ public:
         std::string fSpec;  ///< option keyword, empty without one
         std::string fValue; ///< empty without one
     };
+
+    /// For Open, which alone can name what it takes.
+    explicit APPDFile(AHandle inFile) : fFile(std::move(inFile)) {}
 
     /// Null when there is no path, no such file, or the file is no printer description that libcups reads. The defaults
     /// are marked, so that conflicts are judged by the installed options that the file states.
@@ -87,15 +97,8 @@ public:
     [[nodiscard]] std::vector<AAttribute> GetAttributes(std::string_view inKeyword) const;
 
 private:
-    struct ACloser
-    {
-        void operator()(ppd_file_s* inFile) const;
-    };
-
-    explicit APPDFile(ppd_file_s* inFile);
-
     [[nodiscard]] std::optional<APageSizeRecord> FindNamedPageSize(std::string_view inName) const;
     [[nodiscard]] std::optional<APageSizeRecord> FindSelfDescribedPageSize(std::string_view inName) const;
 
-    std::unique_ptr<ppd_file_s, ACloser> fFile; ///< never null
+    AHandle fFile; ///< never null
 };

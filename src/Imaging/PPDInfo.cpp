@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdlib>
 #include <limits>
+#include <utility>
 
 namespace
 {
@@ -40,21 +41,15 @@ APPDInfo::APPDInfo(std::unique_ptr<APPDFile> inFile) : fFile(std::move(inFile)) 
 
 std::unique_ptr<APPDInfo> APPDInfo::CreatePPDInfo(const std::string& inPrinterName)
 {
-    if (auto file = OpenQueueDescription(inPrinterName))
-    {
-        return std::make_unique<APPDInfo>(std::move(file));
-    }
-    return CreatePPDInfo(std::getenv("PPD"));
+    auto file = OpenQueueDescription(inPrinterName);
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): it loses sight of the owner that the file moves into
+    return file != nullptr ? std::make_unique<APPDInfo>(std::move(file)) : CreatePPDInfo(std::getenv("PPD"));
 }
 
 std::unique_ptr<APPDInfo> APPDInfo::CreatePPDInfo(const char* inPath)
 {
     auto file = APPDFile::Open(inPath);
-    if (file == nullptr)
-    {
-        return nullptr;
-    }
-    return std::make_unique<APPDInfo>(std::move(file));
+    return file != nullptr ? std::make_unique<APPDInfo>(std::move(file)) : nullptr;
 }
 
 bool APPDInfo::IsFeatureSupported(std::string_view inKeyword) const

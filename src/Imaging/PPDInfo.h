@@ -40,9 +40,6 @@ public:
         std::string fValue; ///< may be empty
     };
 
-    /// Takes over an open description, never null.
-    explicit APPDInfo(std::unique_ptr<APPDFile> inFile);
-
     /// The description of a queue: the file ppd/NAME.ppd below CUPS_SERVERROOT (default /etc/cups) when the name holds
     /// no slash and the file opens; otherwise the file that the environment variable PPD names. Null when neither
     /// opens.
@@ -52,6 +49,9 @@ public:
 
     /// The description in a file. Null for a null path or when the file cannot be opened.
     [[nodiscard]] static std::unique_ptr<APPDInfo> CreatePPDInfo(const char* inPath);
+
+    /// inFile is not null.
+    explicit APPDInfo(std::unique_ptr<APPDFile> inFile);
 
     /// Whether the PPD has an option or an attribute of that keyword.
     [[nodiscard]] bool IsFeatureSupported(std::string_view inKeyword) const;

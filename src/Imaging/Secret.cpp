@@ -4,8 +4,11 @@
 
 ASecret::~ASecret()
 {
-    // Unlike memset, this is never optimised away.
-    explicit_bzero(fBytes.data(), fBytes.size());
+    if (!fBytes.empty())
+    {
+        // Unlike memset, this is never optimised away.
+        explicit_bzero(fBytes.data(), fBytes.size());
+    }
 }
 
 ASecret& ASecret::operator=(ASecret inOther) noexcept

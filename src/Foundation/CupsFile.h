@@ -1,0 +1,92 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "Foundation/LineStream.h"
+
+/// A job file: input, output, temporary file or standard stream, with a remembered name.
+///
+/// Copies share one stream, its buffers and its position; whichever is closed first closes it for all of them. The
+/// destructor of a copy does not close a stream that another copy still holds.
+///
+/// Errors of writing are sticky (see AFileStream): ask Finish before the file is given up.
+class ACupsFile
+{
+public:
+    ACupsFile() = default;
+
+    /// Remembers the name; nothing is opened.
+    explicit ACupsFile(std::string inName) : fName(std::move(inName)) {}
+
+    // Each of these closes what was open, logs a failure with the system's error text (level 0), and returns whether a
+    // stream is open.
+    bool OpenForRead();
+    bool OpenForWrite();
+    bool OpenForReadAndWrite();
+
+    /// A file without a name (cupsTempFd, mode 0600, unlinked at once): it lives while it is open.
+    bool OpenTemporaryFile();
+
+    /// For a file at a place where others may put things: an existing one is overwritten only when it is a regular file;
+    /// a link at its place is not followed. Failures are not logged.
+    bool OpenForDump();
+
+    bool OpenStdinFile();
+    bool OpenStdoutFile();
+
+    [[nodiscard]] bool IsOpen() const { return fStream != nullptr && fStream->GetBytes().IsOpen(); }
+    void Close();
+
+    /// Closes and removes the file when it has a name.
+    void RemoveFile();
+
+    void Rewind() { static_cast<void>(SetPosition(0, SEEK_SET)); }
+
+    /// In bytes from the start of the file; -1 when closed.
+    [[nodiscard]] std::int64_t GetPosition() const;
+
+    /// As fseek, to the start of a line: 0, or -1 when closed or not positionable.
+    int SetPosition(std::int64_t inOffset, int inWhence);
+
+    /// -1 when closed.
+    [[nodiscard]] int GetFileDescriptor() const;
+    [[nodiscard]] const std::string& GetFileName() const { return fName; }
+
+    /// See ALineStream; a closed file has ended.
+    [[nodiscard]] AJobLine ReadLine(std::size_t inBufferSize, bool& outIsEOF);
+    [[nodiscard]] AJobLine ReadLine(bool& outIsEOF) { return ReadLine(kLineBufferSize, outIsEOF); }
+    void UnreadLine();
+    [[nodiscard]] AJobLine CopyToLine(const ALineNeedles& inNeedles, ACupsFile* outCopy, bool& outIsEOF);
+    std::size_t CopyBlock(ACupsFile& outCopy, std::size_t inSize, char inByte, bool& outHoldsByte);
+    [[nodiscard]] bool HasMore() { return IsOpen() && fStream->HasMore(); }
+
+    /// True when nothing but these bytes is left to read. (False, too, when more is left than the buffer holds.)
+    [[nodiscard]] bool IsRestOf(std::string_view inBytes) { return IsOpen() && fStream->IsRestOf(inBytes); }
+
+    /// Returns the number of bytes taken: all of them, or 0 when closed, empty, or after an error.
+    std::size_t Write(std::string_view inData);
+
+    /// printf into a buffer of 8192 bytes: a text that does not fit is not written at all.
+    std::size_t Writef(const char* inFormat, ...) __attribute__((format(printf, 2, 3)));
+
+    /// Hands everything written to the system. False when any byte was lost; the reason is GetWriteError().
+    [[nodiscard]] bool Finish();
+    [[nodiscard]] int GetWriteError() const;
+
+    /// The last byte that was written; a line feed before the first one.
+    [[nodiscard]] char GetLastWritten() const;
+
+    [[nodiscard]] bool IsEOF() const;
+    [[nodiscard]] bool IsError() const;
+
+private:
+    bool Open(int inFlags);
+    bool Adopt(int inDescriptor, AFileStream::AOwnership inOwnership);
+    bool OpenStandardStream(int inDescriptor);
+
+    std::shared_ptr<ALineStream> fStream;
+    std::string fName;
+};

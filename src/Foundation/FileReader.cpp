@@ -1,0 +1,42 @@
+#include "Foundation/FileReader.h"
+
+#include "Foundation/SettingsStore.h"
+#include "Imaging/PostScriptText.h"
+
+AJobLine AFileReader::ReadLine(bool& outIsEOF) { return Note(fFile.ReadLine(outIsEOF)); }
+
+AJobLine AFileReader::CopyToLine(const ALineNeedles& inNeedles, ACupsFile& outCopy, bool& outIsEOF)
+{
+    return Note(fFile.CopyToLine(inNeedles, &outCopy, outIsEOF));
+}
+
+std::vector<std::string> AFileReader::GetOwnNeedles() const { return {"%%Page:"}; }
+
+AJobLine AFileReader::Note(AJobLine inLine)
+{
+    if (inLine.Holds("%%Page:"))
+    {
+        CheckPageNumber(inLine);
+    }
+    return inLine;
+}
+
+void AFileReader::CheckPageNumber(const AJobLine& inLine)
+{
+    const ASettingsStore& settings = ASettingsStore::GetInstance();
+    const auto info = PSF::GetPageInfoFromPSPageInvocation(inLine.GetVisibleText());
+    const unsigned copies = settings.fCollate ? fPagesManager.GetNumberOfCopies() : 1;
+    const unsigned pagesPerCopy = fPagesManager.GetOriginalNumberOfPages() / copies;
+    if (info && pagesPerCopy != 0)
+    {
+        const auto ordinal = static_cast<unsigned>(info->fOrdinal);
+        SetCurrentPageNumber(GetLogicalPageNumber(ordinal, pagesPerCopy, settings.fShouldReversePages));
+    }
+}
+
+unsigned GetLogicalPageNumber(unsigned inOrdinal, unsigned inPagesPerCopy, bool inIsReversed)
+{
+    const unsigned inCopy = inOrdinal % inPagesPerCopy;
+    const unsigned number = inIsReversed ? (inPagesPerCopy - inCopy + 1) % inPagesPerCopy : inCopy;
+    return number == 0 ? inPagesPerCopy : number;
+}

@@ -1,0 +1,195 @@
+#include "Foundation/FileStream.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <poll.h>
+#include <unistd.h>
+
+#include "Imaging/Logger.h"
+
+namespace
+{
+
+constexpr std::size_t kLargestRead = 128 * 1024;
+// After a jump little is read at first: pages in another order are often shorter than a full read.
+constexpr std::size_t kReadAfterJump = 16 * 1024;
+constexpr std::size_t kKeptBytes = 16 * 1024; ///< room for what a line search keeps of one read for the next
+constexpr std::size_t kWriteBufferSize = 128 * 1024;
+
+} // namespace
+
+AFileStream::AFileStream(int inDescriptor, AOwnership inOwnership)
+    : fDescriptor(inDescriptor), fOwnership(inOwnership), fReadSize(kLargestRead),
+      fFilePosition(std::max<off_t>(0, lseek(inDescriptor, 0, SEEK_CUR)))
+{
+}
+
+AFileStream::~AFileStream() { Close(); }
+
+bool AFileStream::Close()
+{
+    const bool isWhole = Flush();
+    if (IsOpen() && fOwnership == AOwnership::kOwned)
+    {
+        close(fDescriptor);
+    }
+    fDescriptor = -1;
+    fBegin = fEnd = 0;
+    return isWhole;
+}
+
+std::string_view AFileStream::GetBuffered() const { return {fReadBuffer.data() + fBegin, fEnd - fBegin}; }
+
+std::size_t AFileStream::GetNextReadSize(std::size_t inLimit) const
+{
+    return std::min({inLimit, fReadSize, fReadBuffer.size() - fEnd});
+}
+
+void AFileStream::MoveBufferedToFront()
+{
+    if (fReadBuffer.empty())
+    {
+        fReadBuffer.resize(kLargestRead + kKeptBytes);
+    }
+    if (fBegin != 0)
+    {
+        std::memmove(fReadBuffer.data(), fReadBuffer.data() + fBegin, fEnd - fBegin);
+        fEnd -= fBegin;
+        fBegin = 0;
+    }
+}
+
+bool AFileStream::Fill(std::size_t inLimit)
+{
+    if (!IsOpen() || fIsEOF || fReadError != 0)
+    {
+        return false;
+    }
+    MoveBufferedToFront();
+    const std::size_t size = GetNextReadSize(inLimit);
+    fReadSize = std::min(fReadSize * 2, kLargestRead);
+    return size != 0 && ReadMore(size);
+}
+
+bool AFileStream::ReadMore(std::size_t inSize)
+{
+    for (;;)
+    {
+        const ssize_t count = read(fDescriptor, fReadBuffer.data() + fEnd, inSize);
+        if (count > 0)
+        {
+            fEnd += static_cast<std::size_t>(count);
+            fFilePosition += count;
+            return true;
+        }
+        if (count == 0)
+        {
+            fIsEOF = true;
+            return false;
+        }
+        if (errno != EINTR && !(errno == EAGAIN && WaitUntilReady(POLLIN)))
+        {
+            fReadError = errno;
+            LoggerLogMessage(kLogError, "Error reading file data - %s\n", std::strerror(fReadError));
+            return false;
+        }
+    }
+}
+
+bool AFileStream::WaitUntilReady(short inEvents) const
+{
+    pollfd waiting{fDescriptor, inEvents, 0};
+    return poll(&waiting, 1, -1) > 0 || errno == EINTR;
+}
+
+void AFileStream::Consume(std::size_t inSize) { fBegin += std::min(inSize, fEnd - fBegin); }
+
+void AFileStream::Unconsume(std::size_t inSize) { fBegin -= std::min(inSize, fBegin); }
+
+std::size_t AFileStream::Write(std::string_view inData)
+{
+    if (!IsOpen() || fWriteError != 0 || inData.empty())
+    {
+        return 0;
+    }
+    fLastWritten = inData.back();
+    const std::size_t size = inData.size();
+    if (fWriteBuffer.size() + size > kWriteBufferSize && !Flush())
+    {
+        return 0;
+    }
+    if (size >= kWriteBufferSize / 2)
+    {
+        return Flush() && WriteOut(inData) ? size : 0;
+    }
+    if (fWriteBuffer.capacity() == 0)
+    {
+        fWriteBuffer.reserve(kWriteBufferSize);
+    }
+    fWriteBuffer.insert(fWriteBuffer.end(), inData.begin(), inData.end());
+    return size;
+}
+
+bool AFileStream::Flush()
+{
+    if (fWriteError == 0 && !fWriteBuffer.empty())
+    {
+        WriteOut({fWriteBuffer.data(), fWriteBuffer.size()});
+    }
+    fWriteBuffer.clear();
+    return fWriteError == 0;
+}
+
+bool AFileStream::WriteOut(std::string_view inData)
+{
+    while (!inData.empty())
+    {
+        const ssize_t count = write(fDescriptor, inData.data(), inData.size());
+        if (count >= 0)
+        {
+            inData.remove_prefix(static_cast<std::size_t>(count));
+            fFilePosition += count;
+        }
+        else if (errno != EINTR && !(errno == EAGAIN && WaitUntilReady(POLLOUT)))
+        {
+            fWriteError = errno;
+            return false;
+        }
+    }
+    return true;
+}
+
+std::int64_t AFileStream::GetPosition() const
+{
+    const auto unread = static_cast<std::int64_t>(fEnd - fBegin);
+    return fFilePosition - unread + static_cast<std::int64_t>(fWriteBuffer.size());
+}
+
+int AFileStream::SetPosition(std::int64_t inOffset, int inWhence)
+{
+    const bool isRelative = inWhence == SEEK_CUR;
+    const std::int64_t target = isRelative ? GetPosition() + inOffset : inOffset;
+    // What a failed flush loses is kept as the stream's error.
+    static_cast<void>(Flush());
+    const std::int64_t bufferStart = fFilePosition - static_cast<std::int64_t>(fEnd);
+    const bool isBuffered = inWhence != SEEK_END && target >= bufferStart && target <= fFilePosition && fEnd != 0;
+    if (isBuffered)
+    {
+        fBegin = static_cast<std::size_t>(target - bufferStart);
+    }
+    else
+    {
+        const off_t reached = lseek(fDescriptor, target, isRelative ? SEEK_SET : inWhence);
+        if (reached < 0)
+        {
+            return -1;
+        }
+        fFilePosition = reached;
+        fBegin = fEnd = 0;
+        fReadSize = kReadAfterJump;
+    }
+    fIsEOF = false;
+    fReadError = 0;
+    return 0;
+}

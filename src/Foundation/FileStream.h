@@ -1,0 +1,91 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+/// An open file descriptor with one buffer for reading and one for writing.
+///
+/// Whoever holds the stream reads on where the last reader stopped. A stream is either being read or being written; a
+/// change of position (SetPosition) is what turns it from one to the other.
+///
+/// Errors of writing are sticky: after the first failed write every later one fails too, the first errno is kept, and
+/// Flush tells. The destructor closes the descriptor but cannot report: call Flush before to avoid loss of data.
+class AFileStream
+{
+public:
+    enum class AOwnership
+    {
+        kOwned,    ///< the stream closes the descriptor
+        kBorrowed, ///< a standard stream of the process: stays open
+    };
+
+    AFileStream(int inDescriptor, AOwnership inOwnership);
+    ~AFileStream();
+    AFileStream(const AFileStream&) = delete;
+    AFileStream& operator=(const AFileStream&) = delete;
+
+    [[nodiscard]] bool IsOpen() const { return fDescriptor >= 0; }
+    [[nodiscard]] int GetDescriptor() const { return fDescriptor; }
+
+    /// Writes what is buffered and closes the descriptor unless it is borrowed. False when bytes were lost.
+    bool Close();
+
+    /// The bytes that were read and not yet consumed. Valid until the next call of Fill, SetPosition or Close.
+    [[nodiscard]] std::string_view GetBuffered() const;
+
+    /// Reads on behind the buffered bytes, at most inLimit bytes. False at the end of the file or on a read error
+    /// (logged), or when the buffer is full.
+    bool Fill(std::size_t inLimit = SIZE_MAX);
+
+    /// Takes bytes off the front of the buffered ones; at most as many as there are.
+    void Consume(std::size_t inSize);
+
+    /// Takes the last consumed bytes back. Only right after they were consumed.
+    void Unconsume(std::size_t inSize);
+
+    [[nodiscard]] bool IsEOF() const { return fIsEOF; }
+    [[nodiscard]] bool IsError() const { return fReadError != 0; }
+
+    /// Returns the number of bytes taken: all of them, or 0 after an error.
+    std::size_t Write(std::string_view inData);
+
+    /// Hands what is buffered to the system. False when any byte written to this stream was lost.
+    [[nodiscard]] bool Flush();
+
+    /// The errno of the first write that failed; 0: none did.
+    [[nodiscard]] int GetWriteError() const { return fWriteError; }
+
+    /// The last byte that was written; a line feed before the first one.
+    [[nodiscard]] char GetLastWritten() const { return fLastWritten; }
+
+    /// Where the next byte is read or written, in bytes from the start of the file.
+    [[nodiscard]] std::int64_t GetPosition() const;
+
+    /// As fseek: 0, or -1 when the file cannot be positioned.
+    int SetPosition(std::int64_t inOffset, int inWhence);
+
+private:
+    [[nodiscard]] std::size_t GetNextReadSize(std::size_t inLimit) const;
+    void MoveBufferedToFront();
+    bool ReadMore(std::size_t inSize);
+    bool WriteOut(std::string_view inData);
+    bool WaitUntilReady(short inEvents) const;
+
+    int fDescriptor;
+    AOwnership fOwnership;
+
+    std::vector<char> fReadBuffer;
+    std::size_t fBegin = 0; ///< of the unconsumed bytes in the read buffer
+    std::size_t fEnd = 0;
+    std::size_t fReadSize; ///< bytes that the next read asks for
+    bool fIsEOF = false;
+    int fReadError = 0;
+
+    std::vector<char> fWriteBuffer;
+    int fWriteError = 0;
+    char fLastWritten = '\n';
+
+    std::int64_t fFilePosition; ///< of the descriptor; 0 at first where it has none (a pipe)
+};

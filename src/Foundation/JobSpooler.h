@@ -1,0 +1,54 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "Foundation/EmbeddedDocumentTracker.h"
+#include "Foundation/FilterObject.h"
+
+/// The first pass over a job whose pages must be located: stores it, counts its pages and collects the feature blocks
+/// that cleaning the job would lose.
+///
+/// Only a job that an application wrote itself is changed on the way: page comments that repeat the page before them are
+/// marked "(excessive)", subset fonts get a substitution comment. Every stored job has a "%%Trailer" line before its
+/// "%%EOF".
+class AJobSpooler final : public AFilterObject
+{
+public:
+    /// The files must outlive the spooler. inWillBeCleaned: the stored job goes through the normalizer.
+    AJobSpooler(ACupsFile& ioInput, ACupsFile& outStore, bool inWillBeCleaned)
+        : fInput(ioInput), fStore(outStore), fWillBeCleaned(inWillBeCleaned)
+    {
+    }
+
+    /// The pass. Clears or sets the collation flag of the settings store where the job states its copies.
+    void Spool();
+
+    [[nodiscard]] unsigned GetNumberOfPages() const { return fNumberOfPages; }
+
+    /// The collected blocks, each PPD feature wrapped so that a device that rejects it goes on; empty without any.
+    [[nodiscard]] std::string TakeFeaturesText() { return std::move(fFeaturesText); }
+
+private:
+    void SpoolLine(const AJobLine& inLine);
+    void SpoolNativeLine(const AJobLine& inLine);
+    void SpoolPage(const AJobLine& inLine);
+    void SpoolRepeatedPage(std::string_view inText);
+    void SpoolFeature(const AJobLine& inLine);
+    void SpoolNonPPDFeature(const AJobLine& inLine);
+    void SpoolSubsetFont(const AJobLine& inLine);
+    void CheckCopies(std::string_view inLine);
+    void Collect(std::string_view inText);
+
+    ACupsFile& fInput;
+    ACupsFile& fStore;
+    bool fWillBeCleaned;
+    AEmbeddedDocumentTracker fEmbedded;
+    bool fTrailerWasSeen = false;
+    unsigned fNumberOfPages = 0;
+    int fSubsetFontIndex = 0;
+    std::string fFeaturesText;
+};
+
+/// The number that a line "%RBIBeginNonPPDFeature: *NumCopies 2" states; none when it states none.
+[[nodiscard]] std::optional<int> GetStatedCopies(std::string_view inLine);

@@ -1,0 +1,74 @@
+#include "Imaging/HostFacts.h"
+#include "ScopedEnvironment.h"
+
+#include <gmock/gmock.h>
+#include <grp.h>
+#include <unistd.h>
+#include <vector>
+
+namespace
+{
+
+TEST(HostFacts, TheTimeCanBeFixed)
+{
+    const std::vector<std::pair<const char*, std::string>> stamps = {
+        {"0", "1970-01-01T00:00:00Z"}, {"951827696", "2000-02-29T12:34:56Z"}, {"253402300799", "9999-12-31T23:59:59Z"}};
+    const AScopedEnvironment zone("TZ", "Asia/Tokyo");
+    for (const auto& [epoch, stamp] : stamps)
+    {
+        const AScopedEnvironment fixed("SOURCE_DATE_EPOCH", epoch);
+        EXPECT_EQ(stamp, CreateTimeStamp());
+    }
+    for (const char* const unusable : {"", "x", "12x", " 12", "-1", "253402300800", "99999999999999999999", "1.5"})
+    {
+        const AScopedEnvironment fixed("SOURCE_DATE_EPOCH", unusable);
+        const std::time_t before = std::time(nullptr);
+        EXPECT_GE(GetCurrentTime(), before) << unusable;
+        EXPECT_LE(GetCurrentTime(), before + 60) << unusable;
+    }
+}
+
+TEST(HostFacts, UUIDsAreRandomAndLowerCase)
+{
+    const std::string uuid = CreateUUID();
+    EXPECT_THAT(uuid, testing::MatchesRegex("[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}"));
+    EXPECT_NE(uuid, CreateUUID());
+}
+
+TEST(HostFacts, HostNameFallsApartAtItsFirstDot)
+{
+    std::string host(256, '\0');
+    ASSERT_EQ(0, gethostname(host.data(), host.size() - 1));
+    host.resize(host.find('\0'));
+    const AScopedEnvironment search("LOCALDOMAIN", "first.example. second.example");
+    const std::string computer = CreateComputerName();
+    EXPECT_EQ(std::string::npos, computer.find('.'));
+    const bool hasDomain = host.size() > computer.size() + 1;
+    EXPECT_EQ(hasDomain ? host : computer + ".first.example", computer + "." + CreateDomainName());
+}
+
+TEST(HostFacts, SystemVersionIsPackedByDigits)
+{
+    const std::vector<std::pair<const char*, unsigned>> versions = {
+        {nullptr, 0x1050},   {"10.3", 0x1030}, {"10.3.9", 0x1039}, {"10.4.0", 0x1040}, {"9.2.1", 0x0921},
+        {"", 0x1050},        {"10", 0x1050},   {"10.", 0x1050},    {"10.10", 0x1050},  {"10.3.", 0x1050},
+        {"10.3.11", 0x1050}, {"x.3", 0x1050},  {".3.9", 0x1050},   {"10.3x9", 0x1050}, {"123.4", 0x1050},
+        {"10.a", 0x1050},    {"1f.3", 0x1050}, {"10.3 ", 0x1050},
+    };
+    for (const auto& [text, packed] : versions)
+    {
+        const AScopedEnvironment version("VX_SYSTEM_VERSION", text);
+        EXPECT_EQ(packed, GetSystemVersion()) << (text != nullptr ? text : "unset");
+    }
+}
+
+TEST(HostFacts, GroupsAreThoseOfTheAccount)
+{
+    const group* const rootGroup = getgrgid(0);
+    ASSERT_NE(nullptr, rootGroup);
+    EXPECT_TRUE(GetGroupsForUser("root").contains(rootGroup->gr_name));
+    EXPECT_TRUE(GetGroupsForUser("no such user").empty());
+    EXPECT_TRUE(GetGroupsForUser("").empty());
+}
+
+} // namespace

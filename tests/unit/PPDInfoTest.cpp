@@ -1,0 +1,387 @@
+#include "Imaging/PPDInfo.h"
+#include "ForeignLocale.h"
+#include "Imaging/PPDKeywords.h"
+#include "Imaging/PrintfTemplate.h"
+#include "ScopedEnvironment.h"
+#include "TemporaryFolder.h"
+
+#include <climits>
+#include <gmock/gmock.h>
+#include <limits>
+
+using testing::ElementsAre;
+using testing::Optional;
+
+namespace
+{
+
+constexpr std::string_view kHead = R"PPD(*PPD-Adobe: "4.3"
+*FormatVersion: "4.3"
+*FileVersion: "1.0"
+*LanguageVersion: English
+*LanguageEncoding: ISOLatin1
+*PCFileName: "TEST.PPD"
+*Product: "(First)"
+*Product: "(Second)"
+*Manufacturer: "ACME"
+*ModelName: "ACME T"
+*ShortNickName: "ACME T"
+*NickName: "ACME T"
+*PSVersion: "(3010.000) 0"
+)PPD";
+
+constexpr std::string_view kSizes = R"(*OpenUI *PageSize/Page Size: PickOne
+*OrderDependency: 10 AnySetup *PageSize
+*DefaultPageSize: A4
+*PageSize Letter/Letter: "<</PageSize [612 792]>> setpagedevice"
+*PageSize A4Big/Tolerance: "a4big"
+*PageSize A4/A4: "<</PageSize [595 842]>> setpagedevice"
+*PageSize Wide/Wide: ""
+*CloseUI: *PageSize
+*DefaultImageableArea: A4
+*ImageableArea A4/A4: "10 11 585 830"
+*ImageableArea A4Big/T: "0 0 598 844"
+*ImageableArea Letter/Letter: "0 0 612 792"
+*DefaultPaperDimension: A4
+*PaperDimension Letter/Letter: "612 792"
+*PaperDimension A4Big/Tolerance: "598 844"
+*PaperDimension A4/A4: "595 842"
+*PaperDimension Wide/Wide: "1200 300"
+)";
+
+constexpr std::string_view kCustomSizes = R"(*VariablePaperSize: True
+*HWMargins: 1 2 3 4
+*CustomPageSize True: "pop pop pop <</PageSize[5 -2 roll]/ImagingBBox null>>setpagedevice"
+*ParamCustomPageSize Width: 1 points 36 842
+*ParamCustomPageSize Height: 2 points 40 1191.5
+*ParamCustomPageSize WidthOffset: 3 points 0 0
+*ParamCustomPageSize HeightOffset: 4 points 0 0
+*ParamCustomPageSize Orientation: 5 int 0 0
+)";
+
+/// Opens what a PPD says whose text is the usual head and then inText.
+class PPDTest : public testing::Test
+{
+protected:
+    [[nodiscard]] std::string Write(std::string_view inText, const std::string& inName = "test.ppd") const
+    {
+        return fFolder.Write(inName, std::string(kHead).append(inText));
+    }
+    [[nodiscard]] std::unique_ptr<APPDFile> OpenFile(std::string_view inText) const
+    {
+        return APPDFile::Open(Write(inText).c_str());
+    }
+    [[nodiscard]] std::unique_ptr<APPDInfo> OpenInfo(std::string_view inText) const
+    {
+        return APPDInfo::CreatePPDInfo(Write(inText).c_str());
+    }
+
+    ATemporaryFolder fFolder;
+};
+
+std::string Describe(const std::optional<APageSizeRecord>& inSize)
+{
+    return !inSize ? "none"
+                   : FormatTemplate("%s %.1f %.1f %.1f %.1f %.1f %.1f",
+                                    {inSize->fName, inSize->fWidth, inSize->fLength, inSize->fLeft, inSize->fBottom,
+                                     inSize->fRight, inSize->fTop});
+}
+
+TEST_F(PPDTest, AQueueIsFoundByItsName)
+{
+    const std::string inFile = "*VXName: \"file\"\n";
+    const AScopedEnvironment root("CUPS_SERVERROOT", fFolder.GetPath("etc").c_str());
+    const AScopedEnvironment variable("PPD", Write(inFile, "variable.ppd").c_str());
+    std::ignore = Write("*VXName: \"queue\"\n", "etc/ppd/Queue.ppd");
+    std::ignore = Write("*VXName: \"outside\"\n", "etc/outside.ppd");
+    fFolder.Write("etc/ppd/Broken.ppd", "no printer description");
+    const std::vector<std::pair<std::string, std::string>> names = {
+        {"Queue", "queue"}, {"Missing", "file"}, {"../outside", "file"}, {"Broken", "file"}, {"", "file"}};
+    for (const auto& [name, value] : names)
+    {
+        const auto info = APPDInfo::CreatePPDInfo(name);
+        ASSERT_NE(nullptr, info) << name;
+        EXPECT_THAT(info->GetValue("VXName"), Optional(value)) << name;
+    }
+    const AScopedEnvironment unset("PPD", nullptr);
+    EXPECT_EQ(nullptr, APPDInfo::CreatePPDInfo(std::string("Missing")));
+}
+
+TEST_F(PPDTest, WhatIsNoDescriptionOpensAsNull)
+{
+    EXPECT_EQ(nullptr, APPDFile::Open(nullptr));
+    EXPECT_EQ(nullptr, APPDFile::Open(""));
+    EXPECT_EQ(nullptr, APPDFile::Open(fFolder.GetPath("missing.ppd").c_str()));
+    EXPECT_EQ(nullptr, APPDFile::Open(fFolder.GetPath().c_str()));
+    for (const std::string& text :
+         {std::string(), std::string("*PPD-Adobe"), std::string("\0\0\0", 3), std::string(100000, 'x')})
+    {
+        EXPECT_EQ(nullptr, APPDFile::Open(fFolder.Write("broken.ppd", text).c_str())) << text.substr(0, 40);
+    }
+}
+
+TEST_F(PPDTest, ATruncatedDescriptionCrashesNothing)
+{
+    const std::string whole = std::string(kHead).append(kCustomSizes).append(kSizes);
+    int opened = 0;
+    for (std::size_t size = 0; size < whole.size(); size += 3)
+    {
+        if (const auto info = APPDInfo::CreatePPDInfo(fFolder.Write("cut.ppd", whole.substr(0, size)).c_str()))
+        {
+            ++opened;
+            std::ignore = info->GetPaperMargins("Custom.100x200");
+            std::ignore = info->GetInvocationCode("PageSize", "A4");
+            std::ignore = info->IsChoiceAvailable("PageSize", "A4");
+            std::ignore = info->IsFeatureSupported(kDuplexFeature);
+        }
+    }
+    EXPECT_GT(opened, 0);
+}
+
+TEST_F(PPDTest, ValuesAreReadAsLibcupsReadsThem)
+{
+    const auto info = OpenInfo(R"(*VXBare:   some text  
+*VXEmpty: ""
+*VXHex: "a<0A>b"
+*VXLines: "one
+two"
+*End
+*DefaultVXFace: FaceUp
+*VXFirst: ""
+*VXFirst: "second"
+*JCLOpenUI *JCLRes: PickOne
+*DefaultJCLRes: x
+*JCLRes x/X: "@PJL SET<0A>"
+*JCLCloseUI: *JCLRes
+)");
+    ASSERT_NE(nullptr, info);
+    EXPECT_THAT(info->GetValue("VXBare"), Optional(std::string("some text")));
+    EXPECT_THAT(info->GetValue("vxbare"), Optional(std::string("some text")));
+    EXPECT_THAT(info->GetValue("VXHex"), Optional(std::string("a<0A>b")));
+    EXPECT_THAT(info->GetValue("VXLines"), Optional(std::string("one\ntwo")));
+    EXPECT_THAT(info->GetInvocationCode("JCLRes", "x"), Optional(std::string("@PJL SET\n")));
+    EXPECT_EQ(std::nullopt, info->GetValue("VXEmpty"));
+    EXPECT_TRUE(info->IsFeatureSupported("VXEmpty"));
+    EXPECT_EQ(std::nullopt, info->GetValue("VXFirst")) << "only the first attribute counts";
+    EXPECT_EQ(std::nullopt, info->GetValue("VXMissing"));
+    EXPECT_FALSE(info->IsFeatureSupported("VXMissing"));
+    EXPECT_FALSE(info->IsFeatureSupported(""));
+    EXPECT_THAT(info->GetDefaultValue("VXFace"), Optional(std::string("FaceUp")));
+    EXPECT_THAT(info->GetDefaultValue("DefaultVXFace"), Optional(std::string("FaceUp")));
+    EXPECT_THAT(info->GetDefaultValue("JCLRes"), Optional(std::string("x")));
+}
+
+TEST_F(PPDTest, InvocationCodesComeFromOptionsThenAttributes)
+{
+    const auto info = OpenInfo(R"PPD(*OpenUI *Slot: PickOne
+*DefaultSlot: Tray1
+*Slot Tray1/Upper tray: "<</X (%%s)>> setpagedevice"
+*Slot Tray2/Lower: ""
+*CloseUI: *Slot
+*VXControlPSCode VXZone1Limit/Text: "%d zone"
+*VXControlPSCode VXEmptyCode: ""
+*MirrorPrint True/Mirror: "mirror"
+*MirrorPrint: "no spec"
+)PPD");
+    ASSERT_NE(nullptr, info);
+    EXPECT_THAT(info->GetInvocationCode("Slot", "tray1"), Optional(std::string("<</X (%%s)>> setpagedevice")));
+    EXPECT_EQ(std::nullopt, info->GetInvocationCode("Slot", "Tray2"));
+    EXPECT_EQ(std::nullopt, info->GetInvocationCode("Slot", "Tray3"));
+    EXPECT_THAT(info->GetInvocationCode(KControlPSCodePPDKey, kZonesLimitsKeys[0]), Optional(std::string("%d zone")));
+    EXPECT_EQ(std::nullopt, info->GetInvocationCode(KControlPSCodePPDKey, "VXEmptyCode"));
+    EXPECT_EQ(std::nullopt, info->GetInvocationCode("VXMissing", "VXEmptyCode"));
+    EXPECT_THAT(info->GetInvocationCode("MirrorPrint", "True"), Optional(std::string("mirror")));
+    EXPECT_TRUE(info->IsFeatureSupported(kMirrorPrintFeature));
+}
+
+TEST_F(PPDTest, EntriesKeepTheOrderOfTheFile)
+{
+    const auto info = OpenInfo(R"(*VXRotation Zeta/Text: "UpperLeft=180"
+*Other x: "y"
+*VXRotation Alpha: "UpperRight=0"
+*VXRotation: "none"
+*VXRotation Zeta: "LowerLeft=0"
+*VXRotation Beta: ""
+)");
+    ASSERT_NE(nullptr, info);
+    std::vector<std::string> entries;
+    for (const APPDInfo::AEntry& entry : info->GetEntries("VXRotation"))
+    {
+        entries.push_back(entry.fSpec + "|" + entry.fValue);
+    }
+    EXPECT_THAT(entries, ElementsAre("Zeta|UpperLeft=180", "Alpha|UpperRight=0", "|none", "Zeta|LowerLeft=0", "Beta|"));
+    EXPECT_TRUE(info->GetEntries("VXMissing").empty());
+}
+
+TEST_F(PPDTest, FeaturesByNumber)
+{
+    const auto both = OpenInfo(R"(*OpenUI *Duplex: PickOne
+*DefaultDuplex: None
+*Duplex None: "off"
+*Duplex DuplexTumble: "on"
+*CloseUI: *Duplex
+*VXwmrSwitch: ""
+*VXBookletFilter: "True"
+*VXMarginsLayoutMode Standard: "code"
+)");
+    const auto one =
+        OpenInfo("*OpenUI *Duplex: PickOne\n*DefaultDuplex: none\n*Duplex none: \"off\"\n*CloseUI: *Duplex\n"
+                 "*VXStraightPaperPath: True\n");
+    ASSERT_TRUE(both && one);
+    EXPECT_TRUE(both->IsFeatureSupported(kDuplexFeature));
+    EXPECT_TRUE(both->IsFeatureSupported(kWatermarksFeature));
+    EXPECT_TRUE(both->IsFeatureSupported(kBookletFeature));
+    EXPECT_TRUE(both->IsFeatureSupported(kMarginsLayoutFeature));
+    EXPECT_FALSE(both->IsFeatureSupported(kStraightPaperPathFeature));
+    EXPECT_FALSE(both->IsFeatureSupported(kWatermarksFeature | kBookletFeature));
+    EXPECT_FALSE(one->IsFeatureSupported(kDuplexFeature));
+    EXPECT_TRUE(one->IsFeatureSupported(kStraightPaperPathFeature));
+}
+
+TEST_F(PPDTest, ChoicesAreForbiddenByWhatIsNotInstalled)
+{
+    const std::string disk = R"(*OpenGroup: InstallableOptions/Installed
+*OpenUI *OptDisk/Disk: Boolean
+*DefaultOptDisk: False
+*OptDisk True/Yes: ""
+*OptDisk False/No: ""
+*CloseUI: *OptDisk
+*CloseGroup: InstallableOptions
+*UIConstraints: *OptDisk False *Collate True
+*OpenUI *Collate: Boolean
+*DefaultCollate: False
+*Collate True: "ct"
+*Collate False: "cf"
+*CloseUI: *Collate
+)";
+    const auto missing = OpenInfo(disk);
+    const auto installed = OpenInfo(std::string(disk).replace(disk.find("Disk: False"), 11, "Disk: True"));
+    ASSERT_TRUE(missing && installed);
+    EXPECT_FALSE(missing->IsChoiceAvailable("Collate", "True"));
+    EXPECT_TRUE(missing->IsChoiceAvailable("Collate", "False"));
+    EXPECT_TRUE(installed->IsChoiceAvailable("Collate", "true"));
+    EXPECT_FALSE(installed->IsChoiceAvailable("Collate", "Maybe"));
+    EXPECT_FALSE(installed->IsChoiceAvailable("Missing", "True"));
+}
+
+TEST_F(PPDTest, NumericValues)
+{
+    const auto info = OpenInfo("*VXNum spec: \"5\"\n*VXNum: 12\n*VXNegative: \"-7 points\"\n*VXText: \"none\"\n"
+                               "*VXEmpty: \"\"\n*VXHuge: \"99999999999\"\n*VXSpecOnly a: \"3\"\n");
+    ASSERT_NE(nullptr, info);
+    EXPECT_EQ(12, info->GetNumericValue("VXNum"));
+    EXPECT_EQ(-7, info->GetNumericValue("VXNegative"));
+    EXPECT_EQ(0, info->GetNumericValue("VXText"));
+    EXPECT_EQ(-1, info->GetNumericValue("VXEmpty"));
+    EXPECT_EQ(INT_MAX, info->GetNumericValue("VXHuge"));
+    EXPECT_EQ(-1, info->GetNumericValue("VXSpecOnly"));
+    EXPECT_EQ(-1, info->GetNumericValue("VXMissing"));
+}
+
+TEST_F(PPDTest, TheFamilyIsReadFromAnyOfTheNames)
+{
+    EXPECT_FALSE(OpenInfo("*VXName: \"Veldra\"\n")->IsVeldraPrinter());
+    EXPECT_TRUE(OpenInfo("*Product: \"(VELDRA 7300)\"\n")->IsVeldraPrinter());
+    std::string text(kHead);
+    text.replace(text.find("ModelName: \"ACME"), 16, "ModelName: \"My veldra");
+    EXPECT_TRUE(APPDInfo::CreatePPDInfo(fFolder.Write("model.ppd", text).c_str())->IsVeldraPrinter());
+}
+
+TEST_F(PPDTest, PageSizesByName)
+{
+    const auto file = OpenFile(std::string(kCustomSizes).append(kSizes));
+    ASSERT_NE(nullptr, file);
+    const std::string a4 = "A4 595.0 842.0 10.0 11.0 585.0 830.0";
+    const std::string letter = "Letter 612.0 792.0 0.0 0.0 612.0 792.0";
+    const std::string custom = "Custom 100.0 200.0 1.0 2.0 97.0 196.0";
+    const std::vector<std::pair<std::string, std::string>> sizes = {
+        {"A4", a4},
+        {"a4", a4},
+        {"A4,Tray2", a4},
+        {"Tray2,,A4,Letter", a4},
+        {"", "none"},
+        {",", "none"},
+        {"B5", "none"},
+        {"Custom.100x200", custom},
+        {"Custom.100x200,Tray2", custom},
+        {"Tray2,Custom.100x200", custom},
+        {"Custom.4x6in", "Custom 288.0 432.0 1.0 2.0 285.0 428.0"},
+        {"Custom", "Custom 0.0 0.0 0.0 0.0 0.0 0.0"}, // whatever was asked before
+        {"Custom.100", "none"},
+        {"Custom.1e400x3", "none"},
+        {"iso_a4_210x297mm", a4}, // A4Big is near enough too
+        {"na_letter_8.5x11in", letter},
+        {"tray-2,na_letter_8.5x11in", letter},
+        {"custom_x_598x844mm", "none"},
+        {"custom_tiny_1x1mm", "none"}, // not the empty record of custom sizes
+        {"oe_near_211.5x298.5mm", "A4Big 598.0 844.0 0.0 0.0 598.0 844.0"},
+        {"oe_edge_8.5694x11in", letter}, // 617.0 points
+        {"oe_beyond_8.57x11in", "none"}, // 617.04 points
+        {"letter_8.5x11in", "none"},
+        {"na_letter_8.5x11", "none"},
+        {"na_letter_8.5x11inch", "none"},
+        {"na_letter_-8.5x11in", "none"},
+        {"na_letter_infx11in", "none"},
+        {"na_letter_8.5,11in", "none"},
+        {"na_letter_", "none"},
+    };
+    for (const auto& [name, record] : sizes)
+    {
+        EXPECT_EQ(record, Describe(file->FindPageSize(name))) << name;
+    }
+    const auto fixed = OpenFile(kSizes);
+    EXPECT_EQ("none", Describe(fixed->FindPageSize("Custom.100x200"))) << "no custom sizes";
+}
+
+TEST_F(PPDTest, PageSizeFacts)
+{
+    const auto file = OpenFile(std::string(kCustomSizes).append(kSizes));
+    ASSERT_NE(nullptr, file);
+    EXPECT_THAT(file->GetDefaultPageSizeName(), Optional(std::string("A4")));
+    EXPECT_THAT(file->GetPageSizeCode("letter"), Optional(std::string("<</PageSize [612 792]>> setpagedevice")));
+    EXPECT_EQ(std::nullopt, file->GetPageSizeCode("Wide"));
+    EXPECT_EQ(std::nullopt, file->GetPageSizeCode("B5"));
+    const ACustomLimits limits = file->GetCustomLimits();
+    EXPECT_THAT((std::array{limits.fMinWidth, limits.fMinHeight, limits.fMaxWidth, limits.fMaxHeight}),
+                ElementsAre(36, 40, 842, 1191.5F));
+    std::ignore = file->FindPageSize("Custom.9999x9999");
+    EXPECT_EQ(1200, file->GetLargestPageSize().fWidth);
+    EXPECT_EQ(844, file->GetLargestPageSize().fLength);
+
+    const auto bare = OpenFile("");
+    ASSERT_NE(nullptr, bare);
+    EXPECT_EQ(0, bare->GetLargestPageSize().fWidth);
+    EXPECT_EQ(0, bare->GetCustomLimits().fMaxWidth);
+    EXPECT_EQ(std::nullopt, bare->GetDefaultPageSizeName());
+}
+
+TEST_F(PPDTest, PaperMargins)
+{
+    const auto info = OpenInfo(std::string(kCustomSizes).append(kSizes));
+    ASSERT_NE(nullptr, info);
+    const auto margins = [&](std::string_view inMedia)
+    {
+        const auto found = info->GetPaperMargins(inMedia).value_or(AMargins{-1, -1, -1, -1});
+        return std::vector{found.fLeft, found.fBottom, found.fRight, found.fTop};
+    };
+    EXPECT_THAT(margins("A4"), ElementsAre(10, 11, 10, 12));
+    EXPECT_THAT(margins("Letter,Tray2"), ElementsAre(0, 0, 0, 0));
+    EXPECT_THAT(margins("Custom.100x200"), ElementsAre(1, 2, 3, 4));
+    EXPECT_THAT(margins("B5"), ElementsAre(-1, -1, -1, -1));
+}
+
+TEST_F(PPDTest, NumbersHaveAPointInEveryLanguage)
+{
+    const AForeignLocale german;
+    if (!german.IsSet())
+    {
+        GTEST_SKIP() << "no German locale";
+    }
+    const auto file = OpenFile(std::string(kCustomSizes).append(kSizes));
+    ASSERT_NE(nullptr, file);
+    EXPECT_EQ(1191.5F, file->GetCustomLimits().fMaxHeight);
+    EXPECT_EQ("Custom 100.5 200.2 1.0 2.0 97.5 196.2", Describe(file->FindPageSize("Custom.100.5x200.25")));
+    EXPECT_EQ(612, file->FindPageSize("na_letter_8.5x11in").value_or(APageSizeRecord()).fWidth);
+}
+
+} // namespace

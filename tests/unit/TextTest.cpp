@@ -1,0 +1,214 @@
+#include "ForeignLocale.h"
+#include "Imaging/NumberText.h"
+#include "Imaging/OptionCoding.h"
+#include "Imaging/PostScriptText.h"
+#include "Imaging/TextComparison.h"
+#include "Imaging/TextEncoding.h"
+
+#include <climits>
+#include <gtest/gtest.h>
+#include <vector>
+
+using namespace std::string_view_literals;
+
+namespace
+{
+
+TEST(PostScriptText, EscapesWhatEndsOrBreaksAString)
+{
+    EXPECT_EQ("1234", PSF::CreateFormatedString("1234"));
+    EXPECT_EQ(R"(a\(b\)c\\)", PSF::CreateFormatedString(R"(a(b)c\)"));
+    EXPECT_EQ(R"(\000\011\012\037 \177)", PSF::CreateFormatedString("\0\t\n\x1F \x7F"sv));
+    EXPECT_EQ("\x80\xFF\xC3\xA4", PSF::CreateFormatedString("\x80\xFF\xC3\xA4"));
+}
+
+TEST(PostScriptText, FeatureNamesStayOnTheirLine)
+{
+    EXPECT_EQ("InputSlot Tray1", PSF::CreateStandardFeatureName("InputSlot", "Tray1"));
+    EXPECT_EQ("InputSlot", PSF::CreateStandardFeatureName("InputSlot", ""));
+    EXPECT_EQ("K a  %%EOF \xC3\xA4", PSF::CreateStandardFeatureName("K", "a\r\n%%EOF\x7F\xC3\xA4"));
+}
+
+TEST(PostScriptText, ReadsPageComments)
+{
+    struct ACase
+    {
+        std::string_view fLine;
+        std::string_view fLabel;
+        int fOrdinal;
+    };
+    const std::vector<ACase> pages = {
+        {"%%Page: 1 1\n", "1", 1},
+        {"%%Page:iv\t4\r\n", "iv", 4},
+        {"%%Page: \t (a b) \t 12", "(a b)", 12},
+        {R"(%%Page: (a\)b(c) d) 7)", R"((a\)b(c) d))", 7},
+        {"%%Page: () 3", "()", 3},
+        {"%%Page: a(b 3", "a(b", 3},
+        {"  text %%Page: 1 2", "1", 2},
+        {"%%Page: 1 5abc", "1", 5},
+        {"%%Page: 1 5 (excessive)", "1", 5},
+        {"%%Page: 0 0", "0", 0},
+        {"%%Page: 1 2147483647", "1", INT_MAX},
+        {"%%Page: 1 00000000000000000007", "1", 7},
+        {"%%Page: 1 12\0 34"sv, "1", 12},
+        {"%%Page: \xC3\xA4 2", "\xC3\xA4", 2},
+    };
+    for (const ACase& page : pages)
+    {
+        const auto info = PSF::GetPageInfoFromPSPageInvocation(page.fLine);
+        ASSERT_TRUE(info) << page.fLine;
+        EXPECT_EQ(page.fLabel, info->fLabel) << page.fLine;
+        EXPECT_EQ(page.fOrdinal, info->fOrdinal) << page.fLine;
+        EXPECT_TRUE(info->fLabel.data() > page.fLine.data()) << "the label is a view of the line";
+    }
+    const std::vector<std::string_view> noPages = {
+        "",
+        "%%Page:",
+        "%%Page: \n",
+        "%%Page: 1",
+        "%%Page: 1 \n",
+        "%%Page: ? ?",
+        "%%Pages: 4",
+        "%%Page: (atend)",
+        "%%Page: 1 -1",
+        "%%Page: 1 +1",
+        "%%Page: 1 2147483648",
+        "%%Page: (a 1 2",
+        R"(%%Page: (a\) 1)",
+        "%%Page: (a)1",
+        "%%Page: (a)b 1",
+        "%%Pa\0ge: 1 1"sv,
+        "%%Page:\0 1 1"sv,
+        "%%Page: (a\\",
+    };
+    for (const std::string_view line : noPages)
+    {
+        EXPECT_FALSE(PSF::GetPageInfoFromPSPageInvocation(line)) << line;
+    }
+}
+
+TEST(TextEncoding, KnowsWellFormedUTF8)
+{
+    for (const std::string_view text : {""sv, "a\0b"sv, "\x7F"sv, "\xC2\x80"sv, "\xE0\xA0\x80"sv, "\xED\x9F\xBF"sv,
+                                        "\xEF\xBF\xBF"sv, "\xF0\x90\x80\x80"sv, "\xF4\x8F\xBF\xBF"sv})
+    {
+        EXPECT_TRUE(IsValidUTF8(text)) << text;
+    }
+    for (const std::string_view text :
+         {"\x80"sv, "\xC3"sv, "\xC0\x80"sv, "\xC1\xBF"sv, "\xE0\x9F\xBF"sv, "\xED\xA0\x80"sv, "\xF0\x8F\xBF\xBF"sv,
+          "\xF4\x90\x80\x80"sv, "\xF8\x88\x80\x80\x80"sv, "\xFF"sv, "\xE2\x82"sv, "\xC3\x28"sv, "a\xE2\x82z"sv})
+    {
+        EXPECT_FALSE(IsValidUTF8(text)) << text;
+    }
+}
+
+TEST(TextEncoding, ReadsAllOfATextAsLatin1WhenOneByteIsNotUTF8)
+{
+    EXPECT_EQ("\xC3\xA4", ReadAsUTF8("\xC3\xA4"));
+    EXPECT_EQ("\xC3\xA4", ReadAsUTF8("\xE4"));
+    EXPECT_EQ("\xC3\x83\xC2\xA4 \xC3\xBF", ReadAsUTF8("\xC3\xA4 \xFF"));
+}
+
+TEST(TextEncoding, ConvertsAsAWholeOrNotAtAll)
+{
+    EXPECT_EQ("M\xFCller\xFF", ConvertText("M\xC3\xBCller\xC3\xBF", TextEncoding::kISOLatin1, 256));
+    EXPECT_EQ("M\xC3\xBC", ConvertText("M\xC3\xBC", TextEncoding::kUTF8, 256));
+    EXPECT_EQ("", ConvertText("a\xC4\x80", TextEncoding::kISOLatin1, 256)); // U+0100
+    EXPECT_EQ("", ConvertText("ok\xFF", TextEncoding::kISOLatin1, 256));
+    EXPECT_EQ("", ConvertText("ok\xFF", TextEncoding::kUTF8, 256));
+    EXPECT_EQ("abc", ConvertText("abc", TextEncoding::kUTF8, 4));
+    EXPECT_EQ("", ConvertText("abc", TextEncoding::kUTF8, 3));
+    EXPECT_EQ("\xE4\xE4", ConvertText("\xC3\xA4\xC3\xA4", TextEncoding::kISOLatin1, 3));
+    EXPECT_EQ("", ConvertText("", TextEncoding::kUTF8, 0));
+    EXPECT_EQ("", ConvertText("a", TextEncoding::kISOLatin1, 0));
+}
+
+TEST(StringValidator, CorrectsOnlyWhatIsWrong)
+{
+    using AStringValidator::CreateCorrectedValue;
+    EXPECT_FALSE(CreateCorrectedValue(""));
+    EXPECT_FALSE(CreateCorrectedValue("plain (\\) \xC3\xA4\xC2\xA0\xEF\xBF\xBD"));
+    EXPECT_EQ("a b  c ", CreateCorrectedValue("a\tb\r\nc\x7F"));
+    EXPECT_EQ(" ", CreateCorrectedValue("\0"sv));
+    EXPECT_EQ("a b", CreateCorrectedValue("a\xC2\x85"
+                                          "b"));
+    EXPECT_EQ("\xEF\xBF\xBD\xEF\xBF\xBDz", CreateCorrectedValue("\xE2\x82z"));
+    EXPECT_EQ("\xC3\xA4\xEF\xBF\xBD", CreateCorrectedValue("\xC3\xA4\xE4"));
+}
+
+TEST(OptionCoding, DecodesPercentCodesOnly)
+{
+    const std::vector<std::pair<std::string_view, std::string_view>> cases = {
+        {"", ""},
+        {"plain+text", "plain+text"},
+        {"a%20b", "a b"},
+        {"%c3%A4", "\xC3\xA4"},
+        {"100%", "100%"},
+        {"%4", "%4"},
+        {"%zz%41", "%zzA"},
+        {"%%41", "%A"},
+        {"%-1%+1% 1%0x", "%-1%+1% 1%0x"},
+        {"%2541", "%41"},
+        {"a%00b", "a"},
+        {"a\0b"sv, "a"},
+        {"%ff", "\xFF"},
+    };
+    for (const auto& [coded, text] : cases)
+    {
+        EXPECT_EQ(text, CreateDecodedCString(coded)) << coded;
+    }
+}
+
+TEST(NumberText, ReadsWhatATextBeginsWith)
+{
+    const std::vector<std::pair<std::string_view, long long>> integers = {
+        {"", 0},
+        {"12", 12},
+        {" \t-7x", -7},
+        {"+5", 5},
+        {"+-5", 0},
+        {"0x10", 0},
+        {"1.9", 1},
+        {"x1", 0},
+        {"-", 0},
+        {"99999999999999999999", LLONG_MAX},
+        {"-99999999999999999999", LLONG_MIN},
+    };
+    for (const auto& [text, value] : integers)
+    {
+        EXPECT_EQ(value, ReadLeadingInteger(text)) << text;
+    }
+    const std::vector<std::pair<std::string_view, double>> numbers = {
+        {"", 0},     {"2.5mm", 2.5}, {" +.5", 0.5}, {"-1e2", -100}, {"1e999", 0}, {"inf", 0},
+        {"-nan", 0}, {"0x10", 0},    {"1,5", 1},    {"+-1", 0},     {".", 0},     {"612.00", 612},
+    };
+    for (const auto& [text, value] : numbers)
+    {
+        EXPECT_EQ(value, ReadLeadingNumber(text)) << text;
+    }
+}
+
+TEST(NumberText, HasAPointInEveryLanguage)
+{
+    const AForeignLocale german;
+    if (!german.IsSet())
+    {
+        GTEST_SKIP() << "no German locale";
+    }
+    EXPECT_EQ(2.5, ReadLeadingNumber("2.5"));
+}
+
+TEST(TextComparison, FoldsLettersOnly)
+{
+    EXPECT_TRUE(EqualWithoutCase("TrUe", "tRuE"));
+    EXPECT_FALSE(EqualWithoutCase("True", "Tru"));
+    EXPECT_FALSE(EqualWithoutCase("[", "{"));
+    EXPECT_FALSE(EqualWithoutCase("\xC3\x84", "\xC3\xA4"));
+    EXPECT_TRUE(StartsWithWithoutCase("Two-Sided", "two-"));
+    EXPECT_FALSE(StartsWithWithoutCase("two", "two-"));
+    EXPECT_TRUE(ContainsWithoutCase("(VELDRA 5)", "Veldra"));
+    EXPECT_TRUE(ContainsWithoutCase("", ""));
+    EXPECT_FALSE(ContainsWithoutCase("Veldr", "Veldra"));
+}
+
+} // namespace
