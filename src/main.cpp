@@ -62,9 +62,9 @@ int AnswerWithoutJob(int inArgumentCount, char** inArguments)
     return asksVersion && std::fflush(stdout) == 0 ? kJobDone : kJobFailed;
 }
 
-/// The one pass over the job. The processors register their tasks as they are constructed, and tasks that match the same
-/// line run in the order of their registration: this order is the order in which the features see a line. A processor
-/// may also read a setting that an earlier one made.
+/// The one pass over the job. The processors register their tasks as they are constructed, and tasks that match the
+/// same line run in the order of their registration: this order is the order in which the features see a line. A
+/// processor may also read a setting that an earlier one made.
 void ProcessJob(ADocumentIterator& ioIterator)
 {
     const AMirrorPrintProcessor mirrorPrint(ioIterator);

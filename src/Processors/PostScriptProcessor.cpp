@@ -41,7 +41,10 @@ void APostScriptProcessor::WriteFormattedData(const char* inFormat, ...)
     }
 }
 
-void APostScriptProcessor::SkipCurrentFeature() { ABlockReader(GetInputFile()).Skip(); }
+void APostScriptProcessor::SkipCurrentFeature()
+{
+    ABlockReader(GetInputFile()).Skip();
+}
 
 void APostScriptProcessor::CopyCurrentFeature()
 {
