@@ -139,7 +139,7 @@ private:
     char** fArguments = nullptr;
     char** fEnvironment = nullptr;
     AOptions fOptions;
-    std::unique_ptr<APPDFile> fPPDFile;
+    std::shared_ptr<const APPDFile> fPPDFile;
     mutable std::unique_ptr<APPDInfo> fPPDInfo;
     mutable bool fPPDInfoWasSought = false;
 };
