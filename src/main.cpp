@@ -13,8 +13,13 @@
 #include "Foundation/SettingsStore.h"
 #include "Imaging/Logger.h"
 #include "Imaging/StatusLine.h"
+#include "Processors/AccountingProcessor.h"
+#include "Processors/CollationProcessor.h"
 #include "Processors/EmbeddedDocumentCounter.h"
+#include "Processors/JobStorageProcessor.h"
 #include "Processors/MirrorPrintProcessor.h"
+#include "Processors/OrientationProcessor.h"
+#include "Processors/PaperFeedProcessor.h"
 #include "Processors/RenderingProcessor.h"
 
 namespace
@@ -67,7 +72,12 @@ int AnswerWithoutJob(int inArgumentCount, char** inArguments)
 /// processor may also read a setting that an earlier one made.
 void ProcessJob(ADocumentIterator& ioIterator)
 {
+    const APaperFeedProcessor paperFeed(ioIterator);
     const AMirrorPrintProcessor mirrorPrint(ioIterator);
+    const AOrientationProcessor orientation(ioIterator);
+    const AAccountingProcessor accounting(ioIterator);
+    const AJobStorageProcessor jobStorage(ioIterator);
+    const ACollationProcessor collation(ioIterator);
     const AEmbeddedDocumentCounter embeddedDocuments(ioIterator);
     const ARenderingProcessor rendering(ioIterator);
 
