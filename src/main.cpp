@@ -13,16 +13,21 @@
 #include "Foundation/SettingsStore.h"
 #include "Imaging/Logger.h"
 #include "Imaging/StatusLine.h"
+#include "Processors/AccountingProcessor.h"
 #include "Processors/BookletProcessor.h"
+#include "Processors/CollationProcessor.h"
 #include "Processors/CustomMediaTypeProcessor.h"
 #include "Processors/CustomPageSizeProcessor.h"
 #include "Processors/EmbeddedDocumentCounter.h"
 #include "Processors/GrayBalanceProcessor.h"
 #include "Processors/ImageShiftProcessor.h"
+#include "Processors/JobStorageProcessor.h"
 #include "Processors/LightnessAndHueProcessor.h"
 #include "Processors/ManualDuplexProcessor.h"
 #include "Processors/MarginLayoutProcessor.h"
 #include "Processors/MirrorPrintProcessor.h"
+#include "Processors/OrientationProcessor.h"
+#include "Processors/PaperFeedProcessor.h"
 #include "Processors/RenderingProcessor.h"
 #include "Processors/SmartDuplexProcessor.h"
 #include "Processors/TBCPProcessor.h"
@@ -78,7 +83,9 @@ int AnswerWithoutJob(int inArgumentCount, char** inArguments)
 /// processor may also read a setting that an earlier one made.
 void ProcessJob(ADocumentIterator& ioIterator)
 {
+    const APaperFeedProcessor paperFeed(ioIterator);
     const AMirrorPrintProcessor mirrorPrint(ioIterator);
+    const AOrientationProcessor orientation(ioIterator);
     const AManualDuplexProcessor manualDuplex(ioIterator);
     const ABookletProcessor booklet(ioIterator);
     const ACustomMediaTypeProcessor customMediaType(ioIterator);
@@ -86,6 +93,9 @@ void ProcessJob(ADocumentIterator& ioIterator)
     const AGrayBalanceProcessor grayBalance(ioIterator);
     const ALightnessAndHueProcessor lightnessAndHue(ioIterator);
     const AWebPreviewProcessor webPreview(ioIterator);
+    const AAccountingProcessor accounting(ioIterator);
+    const AJobStorageProcessor jobStorage(ioIterator);
+    const ACollationProcessor collation(ioIterator);
     const AEmbeddedDocumentCounter embeddedDocuments(ioIterator);
     const ATBCPProcessor tbcp(ioIterator);
     const ACustomPageSizeProcessor customPageSize(ioIterator);
