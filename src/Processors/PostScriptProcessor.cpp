@@ -75,3 +75,10 @@ void APostScriptProcessor::InsertEndFeatureString(bool inWrap)
         WriteData("} stopped cleartomark\n");
     }
 }
+
+void APostScriptProcessor::InsertFeature(std::string_view inFeature, std::string_view inCode, bool inWrap)
+{
+    InsertBeginFeatureString(inFeature, inWrap);
+    WriteData(inCode);
+    InsertEndFeatureString(inWrap);
+}

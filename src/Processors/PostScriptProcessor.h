@@ -74,6 +74,9 @@ protected:
     void InsertBeginFeatureString(std::string_view inFeature, bool inWrap);
     void InsertEndFeatureString(bool inWrap);
 
+    /// A whole feature block.
+    void InsertFeature(std::string_view inFeature, std::string_view inCode, bool inWrap);
+
 private:
     ADocumentIterator& fIterator;
 };
