@@ -10,8 +10,6 @@
 namespace
 {
 
-constexpr std::string_view kBeginNonPPDFeature = "%RBIBeginNonPPDFeature";
-constexpr std::string_view kEndNonPPDFeature = "%RBIEndNonPPDFeature";
 constexpr std::string_view kBeginSubsetFont = "%ADOBeginSubsetFont";
 constexpr std::string_view kEndSubsetFont = "%ADOEndSubsetFont";
 constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";

@@ -9,26 +9,30 @@ enum LogLevel : int
     kLogTrace = 4,     ///< progress and trace
 };
 
-/// A place in the sources, taken where it stands as a default argument. Not std::source_location, for which the
-/// compiler that lints and fuzzes this code has no support.
+/// A place in the sources; as a default argument, the place of the call. (std::source_location, which not every compiler
+/// has that reads this code.)
 struct ASourcePlace
 {
-    static constexpr ASourcePlace Current(const char* inFile = __builtin_FILE(),
-                                          const char* inFunction = __builtin_FUNCTION(), int inLine = __builtin_LINE())
+    static constexpr ASourcePlace GetCurrent(const char* inFile = __builtin_FILE(),
+                                             const char* inFunction = __builtin_FUNCTION(),
+                                             unsigned inLine = __builtin_LINE())
     {
         return {inFile, inFunction, inLine};
     }
 
     const char* fFile;
     const char* fFunction;
-    int fLine;
+    unsigned fLine;
 };
 
 /// Where a log record comes from: its level and, taken at the call, the source position.
 struct ALogSite
 {
     // NOLINTNEXTLINE(google-explicit-constructor): a level alone is the usual way to write a call
-    ALogSite(LogLevel inLevel, ASourcePlace inWhere = ASourcePlace::Current()) : fLevel(inLevel), fWhere(inWhere) {}
+    ALogSite(LogLevel inLevel, ASourcePlace inWhere = ASourcePlace::GetCurrent())
+        : fLevel(inLevel), fWhere(inWhere)
+    {
+    }
 
     LogLevel fLevel;
     ASourcePlace fWhere;
@@ -47,7 +51,8 @@ void LoggerSetFormat(const char* inFormat);
 void LoggerLogMessage(ALogSite inSite, const char* inFormat, ...) __attribute__((format(printf, 2, 3)));
 
 /// Logs "EXPRESSION assertion failed" unless the condition holds. Returns the condition; nothing is ever stopped by it.
-bool LogUnless(bool inCondition, const char* inExpression, ASourcePlace inWhere = ASourcePlace::Current());
+bool LogUnless(bool inCondition, const char* inExpression,
+               ASourcePlace inWhere = ASourcePlace::GetCurrent());
 
 /// The trace of a function's entry that some operations leave in the log.
-void LogEnteredFunction(ASourcePlace inWhere = ASourcePlace::Current());
+void LogEnteredFunction(ASourcePlace inWhere = ASourcePlace::GetCurrent());

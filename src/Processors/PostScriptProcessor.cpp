@@ -41,14 +41,7 @@ void APostScriptProcessor::WriteFormattedData(const char* inFormat, ...)
     }
 }
 
-void APostScriptProcessor::SkipCurrentFeature()
-{
-    ABlockReader feature(GetInputFile());
-    AJobLine line;
-    while (feature.ReadLine(line))
-    {
-    }
-}
+void APostScriptProcessor::SkipCurrentFeature() { ABlockReader(GetInputFile()).Skip(); }
 
 void APostScriptProcessor::CopyCurrentFeature()
 {
