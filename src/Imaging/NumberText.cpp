@@ -1,5 +1,6 @@
 #include "Imaging/NumberText.h"
 
+#include <array>
 #include <charconv>
 #include <limits>
 #include <system_error>
@@ -45,4 +46,11 @@ double ReadLeadingNumber(std::string_view inText)
     double value = 0;
     const auto result = std::from_chars(number.data(), number.data() + number.size(), value);
     return result.ec == std::errc() ? value : 0;
+}
+
+void AppendNumber(std::string& ioText, float inValue)
+{
+    std::array<char, 64> text; // the largest float has 39 digits before the point
+    const auto end = std::to_chars(text.begin(), text.end(), inValue, std::chars_format::fixed, 6).ptr;
+    ioText.append(text.begin(), end);
 }

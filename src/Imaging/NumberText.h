@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 /// The decimal integer that a text begins with: white space, a sign and digits, as strtol(3) takes them in base 10. 0
@@ -10,3 +11,6 @@
 /// changes the point, and neither hexadecimal digits nor "inf" or "nan" are numbers. 0 without digits and for a number
 /// beyond the range of double.
 [[nodiscard]] double ReadLeadingNumber(std::string_view inText);
+
+/// Appends a finite number as `%f` prints it: six decimals. No locale changes the point.
+void AppendNumber(std::string& ioText, float inValue);
