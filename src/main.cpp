@@ -16,6 +16,7 @@
 #include "Processors/EmbeddedDocumentCounter.h"
 #include "Processors/MirrorPrintProcessor.h"
 #include "Processors/RenderingProcessor.h"
+#include "Processors/WatermarksProcessor.h"
 
 namespace
 {
@@ -68,6 +69,7 @@ int AnswerWithoutJob(int inArgumentCount, char** inArguments)
 void ProcessJob(ADocumentIterator& ioIterator)
 {
     const AMirrorPrintProcessor mirrorPrint(ioIterator);
+    const AWatermarksProcessor watermarks(ioIterator);
     const AEmbeddedDocumentCounter embeddedDocuments(ioIterator);
     const ARenderingProcessor rendering(ioIterator);
 
