@@ -31,6 +31,7 @@
 #include "Processors/RenderingProcessor.h"
 #include "Processors/SmartDuplexProcessor.h"
 #include "Processors/TBCPProcessor.h"
+#include "Processors/WatermarksProcessor.h"
 #include "Processors/WebPreviewProcessor.h"
 
 namespace
@@ -92,6 +93,7 @@ void ProcessJob(ADocumentIterator& ioIterator)
     const AImageShiftProcessor imageShift(ioIterator);
     const AGrayBalanceProcessor grayBalance(ioIterator);
     const ALightnessAndHueProcessor lightnessAndHue(ioIterator);
+    const AWatermarksProcessor watermarks(ioIterator);
     const AWebPreviewProcessor webPreview(ioIterator);
     const AAccountingProcessor accounting(ioIterator);
     const AJobStorageProcessor jobStorage(ioIterator);
