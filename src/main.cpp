@@ -8,14 +8,17 @@
 #include <unistd.h>
 
 #include "Foundation/DebugModule.h"
+#include "Foundation/DocumentIterationController.h"
 #include "Foundation/DocumentIterator.h"
 #include "Foundation/PagesManager.h"
 #include "Foundation/SettingsStore.h"
 #include "Imaging/Logger.h"
 #include "Imaging/StatusLine.h"
+#include "Monitors/DeviceStatusMonitor/ConstructionFailedException.h"
 #include "Processors/EmbeddedDocumentCounter.h"
 #include "Processors/MirrorPrintProcessor.h"
 #include "Processors/RenderingProcessor.h"
+#include "Utilities/WebPreviewLauncher.h"
 
 namespace
 {
@@ -62,18 +65,45 @@ int AnswerWithoutJob(int inArgumentCount, char** inArguments)
     return asksVersion && std::fflush(stdout) == 0 ? kJobDone : kJobFailed;
 }
 
-/// The one pass over the job. The processors register their tasks as they are constructed, and tasks that match the same
-/// line run in the order of their registration: this order is the order in which the features see a line. A processor
-/// may also read a setting that an earlier one made.
-void ProcessJob(ADocumentIterator& ioIterator)
+/// Tells what was lost on the way, if anything was.
+int FinishOutput(ADocumentIterator& ioIterator)
+{
+    const bool isWhole = ioIterator.GetOutputFile().Finish();
+    ADebugModule::GetInstance().StopExecutionTimeMeasurement();
+    if (!isWhole)
+    {
+        return FailWithLoss("Unable to write the print job", ioIterator.GetOutputFile().GetWriteError());
+    }
+    if (ioIterator.GetInputFile().IsError())
+    {
+        WriteStatusLine(STDERR_FILENO, "ERROR: Unable to read the whole print job");
+        return kJobFailed;
+    }
+    return kJobDone;
+}
+
+/// The one pass over the job. The processors register their tasks as they are constructed, and tasks that match the
+/// same line run in the order of their registration: this order is the order in which the features see a line. A
+/// processor may also read a setting that an earlier one made.
+int ProcessJob(ADocumentIterator& ioIterator)
 {
     const AMirrorPrintProcessor mirrorPrint(ioIterator);
     const AEmbeddedDocumentCounter embeddedDocuments(ioIterator);
     const ARenderingProcessor rendering(ioIterator);
 
+    ADocumentIterationController controller(ioIterator);
+    controller.Initialize();
     ioIterator.DumpTasks();
     ioIterator.IterateDocument();
     ioIterator.DumpTasks();
+
+    const int status = FinishOutput(ioIterator);
+    if (status == kJobDone)
+    {
+        controller.DocumentIterationHasBeenFinished();
+        AWebPreviewLauncher().OpenWebPreview();
+    }
+    return status;
 }
 
 int RunJob(ACupsFile& ioInput, ACupsFile& ioOutput)
@@ -109,20 +139,14 @@ int RunJob(ACupsFile& ioInput, ACupsFile& ioOutput)
         iterator.SetUseByPageReading(pagesManager.ShouldReorderPages());
     }
 
-    ProcessJob(iterator);
-
-    const bool isWhole = ioOutput.Finish();
-    debugModule.StopExecutionTimeMeasurement();
-    if (!isWhole)
+    try
     {
-        return FailWithLoss("Unable to write the print job", ioOutput.GetWriteError());
+        return ProcessJob(iterator);
     }
-    if (ioInput.IsError())
+    catch (const AConstructionFailedException& exception)
     {
-        WriteStatusLine(STDERR_FILENO, "ERROR: Unable to read the whole print job");
-        return kJobFailed;
+        return Fail(exception.what());
     }
-    return kJobDone;
 }
 
 } // namespace
