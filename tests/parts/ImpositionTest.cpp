@@ -64,6 +64,6 @@ TEST(Imposition, TheBacksOfAJobByHandAreTurned)
     run.fOptions = "VXManualDuplexSupport=True VXManualDuplexSwitch=True media=A4";
     run.fPPD = MakeSimplexPPD("");
     run.fJob = MakeBarJob(2, "");
-    EXPECT_EQ(Draw(RunFilter(run).fOutput), (std::vector<std::string>{"%%BoundingBox: 294 691 496 743",
+    EXPECT_EQ(Draw(RunFilter(run).fOutput), (std::vector<std::string>{"%%BoundingBox: 294 691 495 743",
                                                                       "%%BoundingBox: 99 99 301 151", "left: 0 3"}));
 }
