@@ -15,9 +15,25 @@
 #include "Imaging/Logger.h"
 #include "Imaging/StatusLine.h"
 #include "Monitors/DeviceStatusMonitor/ConstructionFailedException.h"
+#include "Processors/AccountingProcessor.h"
+#include "Processors/BookletProcessor.h"
+#include "Processors/CollationProcessor.h"
+#include "Processors/CustomMediaTypeProcessor.h"
+#include "Processors/CustomPageSizeProcessor.h"
 #include "Processors/EmbeddedDocumentCounter.h"
+#include "Processors/GrayBalanceProcessor.h"
+#include "Processors/ImageShiftProcessor.h"
+#include "Processors/JobStorageProcessor.h"
+#include "Processors/LightnessAndHueProcessor.h"
+#include "Processors/ManualDuplexProcessor.h"
+#include "Processors/MarginLayoutProcessor.h"
 #include "Processors/MirrorPrintProcessor.h"
+#include "Processors/OrientationProcessor.h"
+#include "Processors/PaperFeedProcessor.h"
 #include "Processors/RenderingProcessor.h"
+#include "Processors/SmartDuplexProcessor.h"
+#include "Processors/TBCPProcessor.h"
+#include "Processors/WebPreviewProcessor.h"
 #include "Utilities/WebPreviewLauncher.h"
 
 namespace
@@ -87,8 +103,24 @@ int FinishOutput(ADocumentIterator& ioIterator)
 /// processor may also read a setting that an earlier one made.
 int ProcessJob(ADocumentIterator& ioIterator)
 {
+    const APaperFeedProcessor paperFeed(ioIterator);
     const AMirrorPrintProcessor mirrorPrint(ioIterator);
+    const AOrientationProcessor orientation(ioIterator);
+    const AManualDuplexProcessor manualDuplex(ioIterator);
+    const ABookletProcessor booklet(ioIterator);
+    const ACustomMediaTypeProcessor customMediaType(ioIterator);
+    const AImageShiftProcessor imageShift(ioIterator);
+    const AGrayBalanceProcessor grayBalance(ioIterator);
+    const ALightnessAndHueProcessor lightnessAndHue(ioIterator);
+    const AWebPreviewProcessor webPreview(ioIterator);
+    const AAccountingProcessor accounting(ioIterator);
+    const AJobStorageProcessor jobStorage(ioIterator);
+    const ACollationProcessor collation(ioIterator);
     const AEmbeddedDocumentCounter embeddedDocuments(ioIterator);
+    const ATBCPProcessor tbcp(ioIterator);
+    const ACustomPageSizeProcessor customPageSize(ioIterator);
+    const AMarginLayoutProcessor marginLayout(ioIterator);
+    const ASmartDuplexProcessor smartDuplex(ioIterator);
     const ARenderingProcessor rendering(ioIterator);
 
     ADocumentIterationController controller(ioIterator);

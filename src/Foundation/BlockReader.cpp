@@ -22,3 +22,11 @@ bool ABlockReader::ReadLine(AJobLine& outLine)
     fIsAtEnd = outLine.GetVisibleText().find(fEnd) != std::string_view::npos;
     return true;
 }
+
+void ABlockReader::Skip()
+{
+    AJobLine line;
+    while (ReadLine(line))
+    {
+    }
+}

@@ -5,6 +5,10 @@
 inline constexpr std::string_view kBeginFeature = "%%BeginFeature:";
 inline constexpr std::string_view kEndFeature = "%%EndFeature";
 
+// What a print dialog writes for settings that no printer description knows, such as the number of copies.
+inline constexpr std::string_view kBeginNonPPDFeature = "%RBIBeginNonPPDFeature";
+inline constexpr std::string_view kEndNonPPDFeature = "%RBIEndNonPPDFeature";
+
 /// Reads on in a file, from behind the line that begins a block, to the line that ends it.
 ///
 /// A block whose end is missing ends before the line that can no longer belong to it: the next page, the end of the
@@ -22,6 +26,9 @@ public:
 
     /// False behind the last line of the block.
     [[nodiscard]] bool ReadLine(AJobLine& outLine);
+
+    /// Reads what is left of the block.
+    void Skip();
 
     /// True when the line that was read last ends the block.
     [[nodiscard]] bool IsAtEnd() const { return fIsAtEnd; }

@@ -122,7 +122,7 @@ void LoggerLogMessage(ALogSite inSite, const char* inFormat, ...)
     GetSink().Write(message);
 }
 
-bool LogUnless(bool inCondition, const char* inExpression, std::source_location inWhere)
+bool LogUnless(bool inCondition, const char* inExpression, ASourcePlace inWhere)
 {
     if (!inCondition)
     {
@@ -131,7 +131,7 @@ bool LogUnless(bool inCondition, const char* inExpression, std::source_location 
     return inCondition;
 }
 
-void LogEnteredFunction(std::source_location inWhere)
+void LogEnteredFunction(ASourcePlace inWhere)
 {
     LoggerLogMessage({kLogTrace, inWhere}, "Entered function");
 }

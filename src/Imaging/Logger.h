@@ -1,7 +1,5 @@
 #pragma once
 
-#include <source_location>
-
 /// Severity of a log record: the smaller, the more severe. A record above the set level is dropped before it is
 /// formatted.
 enum LogLevel : int
@@ -11,17 +9,30 @@ enum LogLevel : int
     kLogTrace = 4,     ///< progress and trace
 };
 
+/// A place in the sources; as a default argument, the place of the call. (std::source_location, which not every
+/// compiler has that reads this code.)
+struct ASourcePlace
+{
+    static constexpr ASourcePlace GetCurrent(const char* inFile = __builtin_FILE(),
+                                             const char* inFunction = __builtin_FUNCTION(),
+                                             unsigned inLine = __builtin_LINE())
+    {
+        return {inFile, inFunction, inLine};
+    }
+
+    const char* fFile;
+    const char* fFunction;
+    unsigned fLine;
+};
+
 /// Where a log record comes from: its level and, taken at the call, the source position.
 struct ALogSite
 {
     // NOLINTNEXTLINE(google-explicit-constructor): a level alone is the usual way to write a call
-    ALogSite(LogLevel inLevel, std::source_location inWhere = std::source_location::current())
-        : fLevel(inLevel), fWhere(inWhere)
-    {
-    }
+    ALogSite(LogLevel inLevel, ASourcePlace inWhere = ASourcePlace::GetCurrent()) : fLevel(inLevel), fWhere(inWhere) {}
 
     LogLevel fLevel;
-    std::source_location fWhere;
+    ASourcePlace fWhere;
 };
 
 void LoggerSetLogLevel(int inLevel);
@@ -37,8 +48,7 @@ void LoggerSetFormat(const char* inFormat);
 void LoggerLogMessage(ALogSite inSite, const char* inFormat, ...) __attribute__((format(printf, 2, 3)));
 
 /// Logs "EXPRESSION assertion failed" unless the condition holds. Returns the condition; nothing is ever stopped by it.
-bool LogUnless(bool inCondition, const char* inExpression,
-               std::source_location inWhere = std::source_location::current());
+bool LogUnless(bool inCondition, const char* inExpression, ASourcePlace inWhere = ASourcePlace::GetCurrent());
 
 /// The trace of a function's entry that some operations leave in the log.
-void LogEnteredFunction(std::source_location inWhere = std::source_location::current());
+void LogEnteredFunction(ASourcePlace inWhere = ASourcePlace::GetCurrent());

@@ -1,5 +1,6 @@
 #include "Imaging/NumberText.h"
 
+#include <array>
 #include <charconv>
 #include <limits>
 #include <system_error>
@@ -45,4 +46,14 @@ double ReadLeadingNumber(std::string_view inText)
     double value = 0;
     const auto result = std::from_chars(number.data(), number.data() + number.size(), value);
     return result.ec == std::errc() ? value : 0;
+}
+
+std::string WriteFixed(double inValue, int inDecimals)
+{
+    // The largest double has 309 digits in front of its point.
+    std::array<char, 352> digits{};
+    const auto end =
+        std::to_chars(digits.data(), digits.data() + digits.size(), inValue, std::chars_format::fixed, inDecimals).ptr;
+    const std::string text(digits.data(), end);
+    return text.find_first_not_of("-0.") == std::string::npos && text.starts_with('-') ? text.substr(1) : text;
 }

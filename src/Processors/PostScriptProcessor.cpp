@@ -43,11 +43,7 @@ void APostScriptProcessor::WriteFormattedData(const char* inFormat, ...)
 
 void APostScriptProcessor::SkipCurrentFeature()
 {
-    ABlockReader feature(GetInputFile());
-    AJobLine line;
-    while (feature.ReadLine(line))
-    {
-    }
+    ABlockReader(GetInputFile()).Skip();
 }
 
 void APostScriptProcessor::CopyCurrentFeature()
@@ -78,4 +74,11 @@ void APostScriptProcessor::InsertEndFeatureString(bool inWrap)
     {
         WriteData("} stopped cleartomark\n");
     }
+}
+
+void APostScriptProcessor::InsertFeature(std::string_view inFeature, std::string_view inCode, bool inWrap)
+{
+    InsertBeginFeatureString(inFeature, inWrap);
+    WriteData(inCode);
+    InsertEndFeatureString(inWrap);
 }
