@@ -33,6 +33,7 @@
 #include "Processors/RenderingProcessor.h"
 #include "Processors/SmartDuplexProcessor.h"
 #include "Processors/TBCPProcessor.h"
+#include "Processors/WatermarksProcessor.h"
 #include "Processors/WebPreviewProcessor.h"
 #include "Utilities/WebPreviewLauncher.h"
 
@@ -112,6 +113,7 @@ int ProcessJob(ADocumentIterator& ioIterator)
     const AImageShiftProcessor imageShift(ioIterator);
     const AGrayBalanceProcessor grayBalance(ioIterator);
     const ALightnessAndHueProcessor lightnessAndHue(ioIterator);
+    const AWatermarksProcessor watermarks(ioIterator);
     const AWebPreviewProcessor webPreview(ioIterator);
     const AAccountingProcessor accounting(ioIterator);
     const AJobStorageProcessor jobStorage(ioIterator);

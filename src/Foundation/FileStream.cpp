@@ -14,7 +14,8 @@ namespace
 constexpr std::size_t kLargestRead = std::size_t{128} * 1024;
 // After a jump little is read at first: pages in another order are often shorter than a full read.
 constexpr std::size_t kReadAfterJump = std::size_t{16} * 1024;
-constexpr std::size_t kKeptBytes = std::size_t{16} * 1024; ///< room for what a line search keeps of one read for the next
+constexpr std::size_t kKeptBytes =
+    std::size_t{16} * 1024; ///< room for what a line search keeps of one read for the next
 constexpr std::size_t kWriteBufferSize = std::size_t{128} * 1024;
 
 } // namespace

@@ -57,3 +57,10 @@ std::string WriteFixed(double inValue, int inDecimals)
     const std::string text(digits.data(), end);
     return text.find_first_not_of("-0.") == std::string::npos && text.starts_with('-') ? text.substr(1) : text;
 }
+
+void AppendNumber(std::string& ioText, float inValue)
+{
+    std::array<char, 64> text; // the largest float has 39 digits before the point
+    const auto end = std::to_chars(text.begin(), text.end(), inValue, std::chars_format::fixed, 6).ptr;
+    ioText.append(text.begin(), end);
+}

@@ -29,8 +29,6 @@ constexpr std::string_view kTumbleBlock = R"([{
 constexpr std::string_view kTumbleFeature = "%%BeginFeature: *Duplex DuplexTumble\n"
                                             "<</Duplex true /Tumble true>> setpagedevice\n";
 
-constexpr std::string_view kSaveMatrix = "matrix VXcurrent\n";
-constexpr std::string_view kRestoreMatrix = "VXset\n";
 /// No page is shown between the halves, so nothing else resets the clip that the first one set.
 constexpr std::string_view kResetClip = "initclip\n";
 
