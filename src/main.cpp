@@ -8,11 +8,13 @@
 #include <unistd.h>
 
 #include "Foundation/DebugModule.h"
+#include "Foundation/DocumentIterationController.h"
 #include "Foundation/DocumentIterator.h"
 #include "Foundation/PagesManager.h"
 #include "Foundation/SettingsStore.h"
 #include "Imaging/Logger.h"
 #include "Imaging/StatusLine.h"
+#include "Monitors/DeviceStatusMonitor/ConstructionFailedException.h"
 #include "Processors/AccountingProcessor.h"
 #include "Processors/BookletProcessor.h"
 #include "Processors/CollationProcessor.h"
@@ -33,6 +35,7 @@
 #include "Processors/TBCPProcessor.h"
 #include "Processors/WatermarksProcessor.h"
 #include "Processors/WebPreviewProcessor.h"
+#include "Utilities/WebPreviewLauncher.h"
 
 namespace
 {
@@ -79,10 +82,27 @@ int AnswerWithoutJob(int inArgumentCount, char** inArguments)
     return asksVersion && std::fflush(stdout) == 0 ? kJobDone : kJobFailed;
 }
 
+/// Tells what was lost on the way, if anything was.
+int FinishOutput(ADocumentIterator& ioIterator)
+{
+    const bool isWhole = ioIterator.GetOutputFile().Finish();
+    ADebugModule::GetInstance().StopExecutionTimeMeasurement();
+    if (!isWhole)
+    {
+        return FailWithLoss("Unable to write the print job", ioIterator.GetOutputFile().GetWriteError());
+    }
+    if (ioIterator.GetInputFile().IsError())
+    {
+        WriteStatusLine(STDERR_FILENO, "ERROR: Unable to read the whole print job");
+        return kJobFailed;
+    }
+    return kJobDone;
+}
+
 /// The one pass over the job. The processors register their tasks as they are constructed, and tasks that match the
 /// same line run in the order of their registration: this order is the order in which the features see a line. A
 /// processor may also read a setting that an earlier one made.
-void ProcessJob(ADocumentIterator& ioIterator)
+int ProcessJob(ADocumentIterator& ioIterator)
 {
     const APaperFeedProcessor paperFeed(ioIterator);
     const AMirrorPrintProcessor mirrorPrint(ioIterator);
@@ -105,9 +125,19 @@ void ProcessJob(ADocumentIterator& ioIterator)
     const ASmartDuplexProcessor smartDuplex(ioIterator);
     const ARenderingProcessor rendering(ioIterator);
 
+    ADocumentIterationController controller(ioIterator);
+    controller.Initialize();
     ioIterator.DumpTasks();
     ioIterator.IterateDocument();
     ioIterator.DumpTasks();
+
+    const int status = FinishOutput(ioIterator);
+    if (status == kJobDone)
+    {
+        controller.DocumentIterationHasBeenFinished();
+        AWebPreviewLauncher().OpenWebPreview();
+    }
+    return status;
 }
 
 int RunJob(ACupsFile& ioInput, ACupsFile& ioOutput)
@@ -143,20 +173,14 @@ int RunJob(ACupsFile& ioInput, ACupsFile& ioOutput)
         iterator.SetUseByPageReading(pagesManager.ShouldReorderPages());
     }
 
-    ProcessJob(iterator);
-
-    const bool isWhole = ioOutput.Finish();
-    debugModule.StopExecutionTimeMeasurement();
-    if (!isWhole)
+    try
     {
-        return FailWithLoss("Unable to write the print job", ioOutput.GetWriteError());
+        return ProcessJob(iterator);
     }
-    if (ioInput.IsError())
+    catch (const AConstructionFailedException& exception)
     {
-        WriteStatusLine(STDERR_FILENO, "ERROR: Unable to read the whole print job");
-        return kJobFailed;
+        return Fail(exception.what());
     }
-    return kJobDone;
 }
 
 } // namespace
