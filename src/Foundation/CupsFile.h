@@ -55,8 +55,8 @@ public:
     /// -1 when closed.
     [[nodiscard]] int GetFileDescriptor() const;
 
-    /// The descriptor, at the start of the file, for another program to read; -1 when closed. Whoever reads on here must
-    /// set the position first.
+    /// The descriptor, at the start of the file, for another program to read; -1 when closed. Whoever reads on here
+    /// must set the position first.
     [[nodiscard]] int Lend();
     [[nodiscard]] const std::string& GetFileName() const { return fName; }
 

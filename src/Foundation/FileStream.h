@@ -10,8 +10,9 @@
 /// Whoever holds the stream reads on where the last reader stopped. A stream is either being read or being written; a
 /// change of position (SetPosition) is what turns it from one to the other.
 ///
-/// Errors are sticky: after the first failed read or write every later one fails too, and the first errno is kept; Flush
-/// tells whether bytes were lost. The destructor closes the descriptor but cannot report: call Flush before to avoid loss of data.
+/// Errors are sticky: after the first failed read or write every later one fails too, and the first errno is kept;
+/// Flush tells whether bytes were lost. The destructor closes the descriptor but cannot report: call Flush before to
+/// avoid loss of data.
 class AFileStream
 {
 public:
@@ -68,7 +69,8 @@ public:
     /// As fseek: 0, or -1 when the file cannot be positioned.
     int SetPosition(std::int64_t inOffset, int inWhence);
 
-    /// Forgets what is buffered, goes to the start of the file and returns the descriptor, for somebody else to move it.
+    /// Forgets what is buffered, goes to the start of the file and returns the descriptor, for somebody else to move
+    /// it.
     [[nodiscard]] int Lend();
 
 private:

@@ -32,8 +32,8 @@ public:
     /// from its start. On false ioInput holds the whole job in its old order.
     [[nodiscard]] bool ReorderPages(ACupsFile& ioInput);
 
-    /// The errno of the first write to a temporary file, or read from one, that failed; 0: none did. A job that lost bytes
-    /// must not be printed.
+    /// The errno of the first write to a temporary file, or read from one, that failed; 0: none did. A job that lost
+    /// bytes must not be printed.
     [[nodiscard]] int GetStorageError() const { return fStorageError; }
 
     /// Pages counted while the job was stored; 0 when it was not.

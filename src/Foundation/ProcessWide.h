@@ -2,8 +2,8 @@
 
 #include <memory>
 
-/// The one instance of a service that the whole process shares: made at its first use, and gone with the process or when
-/// it is forgotten, which lets a process run another job from the start. Belongs to the main thread.
+/// The one instance of a service that the whole process shares: made at its first use, and gone with the process or
+/// when it is forgotten, which lets a process run another job from the start. Belongs to the main thread.
 template <typename Service>
 class AProcessWide
 {
