@@ -13,10 +13,26 @@
 #include "Foundation/SettingsStore.h"
 #include "Imaging/Logger.h"
 #include "Imaging/StatusLine.h"
+#include "Processors/AccountingProcessor.h"
+#include "Processors/BookletProcessor.h"
+#include "Processors/CollationProcessor.h"
+#include "Processors/CustomMediaTypeProcessor.h"
+#include "Processors/CustomPageSizeProcessor.h"
 #include "Processors/EmbeddedDocumentCounter.h"
+#include "Processors/GrayBalanceProcessor.h"
+#include "Processors/ImageShiftProcessor.h"
+#include "Processors/JobStorageProcessor.h"
+#include "Processors/LightnessAndHueProcessor.h"
+#include "Processors/ManualDuplexProcessor.h"
+#include "Processors/MarginLayoutProcessor.h"
 #include "Processors/MirrorPrintProcessor.h"
+#include "Processors/OrientationProcessor.h"
+#include "Processors/PaperFeedProcessor.h"
 #include "Processors/RenderingProcessor.h"
+#include "Processors/SmartDuplexProcessor.h"
+#include "Processors/TBCPProcessor.h"
 #include "Processors/WatermarksProcessor.h"
+#include "Processors/WebPreviewProcessor.h"
 
 namespace
 {
@@ -63,14 +79,30 @@ int AnswerWithoutJob(int inArgumentCount, char** inArguments)
     return asksVersion && std::fflush(stdout) == 0 ? kJobDone : kJobFailed;
 }
 
-/// The one pass over the job. The processors register their tasks as they are constructed, and tasks that match the same
-/// line run in the order of their registration: this order is the order in which the features see a line. A processor
-/// may also read a setting that an earlier one made.
+/// The one pass over the job. The processors register their tasks as they are constructed, and tasks that match the
+/// same line run in the order of their registration: this order is the order in which the features see a line. A
+/// processor may also read a setting that an earlier one made.
 void ProcessJob(ADocumentIterator& ioIterator)
 {
+    const APaperFeedProcessor paperFeed(ioIterator);
     const AMirrorPrintProcessor mirrorPrint(ioIterator);
+    const AOrientationProcessor orientation(ioIterator);
+    const AManualDuplexProcessor manualDuplex(ioIterator);
+    const ABookletProcessor booklet(ioIterator);
+    const ACustomMediaTypeProcessor customMediaType(ioIterator);
+    const AImageShiftProcessor imageShift(ioIterator);
+    const AGrayBalanceProcessor grayBalance(ioIterator);
+    const ALightnessAndHueProcessor lightnessAndHue(ioIterator);
     const AWatermarksProcessor watermarks(ioIterator);
+    const AWebPreviewProcessor webPreview(ioIterator);
+    const AAccountingProcessor accounting(ioIterator);
+    const AJobStorageProcessor jobStorage(ioIterator);
+    const ACollationProcessor collation(ioIterator);
     const AEmbeddedDocumentCounter embeddedDocuments(ioIterator);
+    const ATBCPProcessor tbcp(ioIterator);
+    const ACustomPageSizeProcessor customPageSize(ioIterator);
+    const AMarginLayoutProcessor marginLayout(ioIterator);
+    const ASmartDuplexProcessor smartDuplex(ioIterator);
     const ARenderingProcessor rendering(ioIterator);
 
     ioIterator.DumpTasks();

@@ -2,15 +2,17 @@
 
 readonly kFilters=/usr/lib/cups/filter
 
-# A folder of filter programs for cupsfilter(8): CUPS's own, and ours. The chain's environment is made anew by
-# cupsfilter, so what the filter needs beyond it stands in the script that starts it.
+# A folder of filter programs for cupsfilter(8), CUPS's own and ours, and of resources as they lie when installed. The
+# chain's environment is made anew by cupsfilter, so what the filter needs beyond it stands in the script that starts it.
 make_chain() { # folder
-    mkdir -p "$1/filter"
+    mkdir -p "$1/filter" "$1/resources"
+    ln -s "$kRoot"/resources/* "$1/resources/"
+    ln -sfn "$kRoot/build/release/guides" "$1/resources/guides"
     ln -s "$kFilters"/* "$1/filter/"
     rm -f "$1/filter/vxpostprocessing"
     {
         printf '#!/bin/bash\n'
-        printf 'export DEVICE_URI=%q VX_RESOURCES=%q\n' "${DEVICE_URI:-file:/dev/null}" "$kRoot/resources"
+        printf 'export DEVICE_URI=%q VX_RESOURCES=%q\n' "${DEVICE_URI:-file:/dev/null}" "$1/resources"
         export -p | grep -E '^declare -x (VX_|SOURCE_DATE_EPOCH=)' || true
         printf 'exec %q "$@"\n' "$kRoot/build/release/vxpostprocessing"
     } >"$1/filter/vxpostprocessing"

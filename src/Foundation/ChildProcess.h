@@ -14,8 +14,8 @@ struct AChildProcess
     int fInherited = -1;                   ///< a further descriptor that the child may use under its number; -1: none
 };
 
-/// Runs the program and waits for it. What it writes to its standard error goes to the log, line by line: only the filter
-/// itself speaks to CUPS. A signal that ends the filter ends the program first, with what it started.
+/// Runs the program and waits for it. What it writes to its standard error goes to the log, line by line: only the
+/// filter itself speaks to CUPS. A signal that ends the filter ends the program first, with what it started.
 ///
 /// Returns the status as waitpid gives it; -1 when the program could not be started.
 [[nodiscard]] int ExecuteProcess(const AChildProcess& inProcess);

@@ -71,11 +71,20 @@ bool ACupsFile::Open(int inFlags)
     return false;
 }
 
-bool ACupsFile::OpenForRead() { return Open(O_RDONLY); }
+bool ACupsFile::OpenForRead()
+{
+    return Open(O_RDONLY);
+}
 
-bool ACupsFile::OpenForWrite() { return Open(O_WRONLY | O_CREAT | O_TRUNC); }
+bool ACupsFile::OpenForWrite()
+{
+    return Open(O_WRONLY | O_CREAT | O_TRUNC);
+}
 
-bool ACupsFile::OpenForReadAndWrite() { return Open(O_RDWR | O_CREAT | O_TRUNC); }
+bool ACupsFile::OpenForReadAndWrite()
+{
+    return Open(O_RDWR | O_CREAT | O_TRUNC);
+}
 
 bool ACupsFile::OpenForDump()
 {
@@ -126,9 +135,15 @@ bool ACupsFile::OpenStandardStream(int inDescriptor)
     return Adopt(inDescriptor, AFileStream::AOwnership::kBorrowed);
 }
 
-bool ACupsFile::OpenStdinFile() { return OpenStandardStream(STDIN_FILENO); }
+bool ACupsFile::OpenStdinFile()
+{
+    return OpenStandardStream(STDIN_FILENO);
+}
 
-bool ACupsFile::OpenStdoutFile() { return OpenStandardStream(STDOUT_FILENO); }
+bool ACupsFile::OpenStdoutFile()
+{
+    return OpenStandardStream(STDOUT_FILENO);
+}
 
 void ACupsFile::Close()
 {
@@ -149,14 +164,20 @@ void ACupsFile::RemoveFile()
     }
 }
 
-std::int64_t ACupsFile::GetPosition() const { return IsOpen() ? fStream->GetBytes().GetPosition() : -1; }
+std::int64_t ACupsFile::GetPosition() const
+{
+    return IsOpen() ? fStream->GetBytes().GetPosition() : -1;
+}
 
 int ACupsFile::SetPosition(std::int64_t inOffset, int inWhence)
 {
     return IsOpen() ? fStream->SetPosition(inOffset, inWhence) : -1;
 }
 
-int ACupsFile::GetFileDescriptor() const { return IsOpen() ? fStream->GetBytes().GetDescriptor() : -1; }
+int ACupsFile::GetFileDescriptor() const
+{
+    return IsOpen() ? fStream->GetBytes().GetDescriptor() : -1;
+}
 
 AJobLine ACupsFile::ReadLine(std::size_t inBufferSize, bool& outIsEOF)
 {
@@ -185,7 +206,10 @@ std::size_t ACupsFile::CopyBlock(ACupsFile& outCopy, std::size_t inSize, char in
     return areOpen ? fStream->CopyBlock(outCopy.fStream->GetBytes(), inSize, inByte, outHoldsByte) : 0;
 }
 
-std::size_t ACupsFile::Write(std::string_view inData) { return IsOpen() ? fStream->GetBytes().Write(inData) : 0; }
+std::size_t ACupsFile::Write(std::string_view inData)
+{
+    return IsOpen() ? fStream->GetBytes().Write(inData) : 0;
+}
 
 std::size_t ACupsFile::Writef(const char* inFormat, ...)
 {
@@ -198,12 +222,27 @@ std::size_t ACupsFile::Writef(const char* inFormat, ...)
     return fits ? Write({text.data(), static_cast<std::size_t>(length)}) : 0;
 }
 
-bool ACupsFile::Finish() { return !IsOpen() || fStream->GetBytes().Flush(); }
+bool ACupsFile::Finish()
+{
+    return !IsOpen() || fStream->GetBytes().Flush();
+}
 
-int ACupsFile::GetWriteError() const { return fStream != nullptr ? fStream->GetBytes().GetWriteError() : 0; }
+int ACupsFile::GetWriteError() const
+{
+    return fStream != nullptr ? fStream->GetBytes().GetWriteError() : 0;
+}
 
-char ACupsFile::GetLastWritten() const { return IsOpen() ? fStream->GetBytes().GetLastWritten() : '\n'; }
+char ACupsFile::GetLastWritten() const
+{
+    return IsOpen() ? fStream->GetBytes().GetLastWritten() : '\n';
+}
 
-bool ACupsFile::IsEOF() const { return IsOpen() && fStream->GetBytes().IsEOF(); }
+bool ACupsFile::IsEOF() const
+{
+    return IsOpen() && fStream->GetBytes().IsEOF();
+}
 
-bool ACupsFile::IsError() const { return IsOpen() && fStream->GetBytes().IsError(); }
+bool ACupsFile::IsError() const
+{
+    return IsOpen() && fStream->GetBytes().IsError();
+}

@@ -30,8 +30,8 @@ public:
     /// A file without a name (cupsTempFd, mode 0600, unlinked at once): it lives while it is open.
     bool OpenTemporaryFile();
 
-    /// For a file at a place where others may put things: an existing one is overwritten only when it is a regular file;
-    /// a link at its place is not followed. Failures are not logged.
+    /// For a file at a place where others may put things: an existing one is overwritten only when it is a regular
+    /// file; a link at its place is not followed. Failures are not logged.
     bool OpenForDump();
 
     bool OpenStdinFile();

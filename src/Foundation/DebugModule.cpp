@@ -147,9 +147,15 @@ void ADebugModule::RunDumpInputPostScript(ACupsFile& ioJobFile, const std::vecto
     DumpInputPostScript(ioJobFile, kInputFile);
 }
 
-void ADebugModule::RunPauseExecution(ACupsFile&, const std::vector<std::string>&) { PauseExecution(false); }
+void ADebugModule::RunPauseExecution(ACupsFile&, const std::vector<std::string>&)
+{
+    PauseExecution(false);
+}
 
-void ADebugModule::RunSavePPDFile(ACupsFile&, const std::vector<std::string>&) { SavePPDFile(kPPDCopy); }
+void ADebugModule::RunSavePPDFile(ACupsFile&, const std::vector<std::string>&)
+{
+    SavePPDFile(kPPDCopy);
+}
 
 void ADebugModule::RunCreateTestCase(ACupsFile& ioJobFile, const std::vector<std::string>&)
 {
@@ -251,7 +257,10 @@ void ADebugModule::SavePPDFile(const std::string& inPath)
     description.Close();
 }
 
-void ADebugModule::StartExecutionTimeMeasurement() { fStartTime = GetCurrentTime(); }
+void ADebugModule::StartExecutionTimeMeasurement()
+{
+    fStartTime = GetCurrentTime();
+}
 
 void ADebugModule::StopExecutionTimeMeasurement() const
 {
@@ -294,7 +303,8 @@ std::string MakeTestCaseFolder(const std::string& inName)
         {
             mkdirat(folder, part.c_str(), 0777);
         }
-        const int next = part == ".." ? -1 : openat(folder, part.empty() ? "." : part.c_str(), kFlags); // NOLINT(*-vararg)
+        const int next =
+            part == ".." ? -1 : openat(folder, part.empty() ? "." : part.c_str(), kFlags); // NOLINT(*-vararg)
         close(folder);
         folder = next;
     }

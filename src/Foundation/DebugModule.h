@@ -9,8 +9,8 @@
 #include "Foundation/FilterObject.h"
 
 /// Field diagnosis: a support engineer drops a command file at a fixed path on the print host, and the next jobs leave
-/// copies of their settings, arguments, environment, input and printer description under "/tmp", or wait for a debugger.
-/// Also measures the run time of the job for the log.
+/// copies of their settings, arguments, environment, input and printer description under "/tmp", or wait for a
+/// debugger. Also measures the run time of the job for the log.
 ///
 /// Everything here is best effort: what cannot be opened is skipped, and no command stops the job. The command file and
 /// the pause trigger count only when they are regular files that belong to root or to the filter's own user and that

@@ -154,8 +154,8 @@ ALineNeedles ADocumentIterator::CollectNeedles() const
 
 bool ADocumentIterator::IsAwaitedIn(const ATaskList& inTasks, std::string_view inComment)
 {
-    return std::any_of(inTasks.begin(), inTasks.end(), [&](const auto& inTask)
-                       { return !inTask->IsOptional() && inTask->GetPattern() == inComment; });
+    return std::any_of(inTasks.begin(), inTasks.end(),
+                       [&](const auto& inTask) { return !inTask->IsOptional() && inTask->GetPattern() == inComment; });
 }
 
 bool ADocumentIterator::IsLineAwaited(std::string_view inComment) const

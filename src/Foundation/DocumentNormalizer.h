@@ -13,8 +13,8 @@
 class ADocumentNormalizer final : public AFilterObject
 {
 public:
-    /// Makes ioFile, an open file of a stored job, the clean job. On false ioFile holds the job that it held. Either way
-    /// it stands at its start.
+    /// Makes ioFile, an open file of a stored job, the clean job. On false ioFile holds the job that it held. Either
+    /// way it stands at its start.
     [[nodiscard]] bool NormalizeDocument(ACupsFile& ioFile);
 
     /// The errno of the first write to a temporary file of ours that failed; 0: none did.

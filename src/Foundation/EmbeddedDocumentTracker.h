@@ -11,8 +11,8 @@
 class AEmbeddedDocumentTracker
 {
 public:
-    /// Takes note of a line. The line that ends a document still lies inside it: the document is closed by the next call
-    /// of IsInsideEmbeddedDocument.
+    /// Takes note of a line. The line that ends a document still lies inside it: the document is closed by the next
+    /// call of IsInsideEmbeddedDocument.
     void AnalyzePostScriptLine(const AJobLine& inLine);
 
     /// Closes a document whose end was seen, then tells.
@@ -21,8 +21,8 @@ public:
     /// Open documents, the pending close not yet applied.
     [[nodiscard]] unsigned GetEmbeddedDocumentDepth() const { return fDepth; }
 
-    /// When the line opens an embedded document: writes the line, up to its first NUL, and copies the whole document from
-    /// the input to the output. Returns whether it did. A document that never ends is the rest of the job.
+    /// When the line opens an embedded document: writes the line, up to its first NUL, and copies the whole document
+    /// from the input to the output. Returns whether it did. A document that never ends is the rest of the job.
     bool SkipEmbeddedDocument(const AJobLine& inLine, ACupsFile& ioInput, ACupsFile& outOutput);
 
     /// The texts without which a line changes nothing here.

@@ -3,14 +3,20 @@
 #include "Foundation/SettingsStore.h"
 #include "Imaging/PostScriptText.h"
 
-AJobLine AFileReader::ReadLine(bool& outIsEOF) { return Note(fFile.ReadLine(outIsEOF)); }
+AJobLine AFileReader::ReadLine(bool& outIsEOF)
+{
+    return Note(fFile.ReadLine(outIsEOF));
+}
 
 AJobLine AFileReader::CopyToLine(const ALineNeedles& inNeedles, ACupsFile& outCopy, bool& outIsEOF)
 {
     return Note(fFile.CopyToLine(inNeedles, &outCopy, outIsEOF));
 }
 
-std::vector<std::string> AFileReader::GetOwnNeedles() const { return {"%%Page:"}; }
+std::vector<std::string> AFileReader::GetOwnNeedles() const
+{
+    return {"%%Page:"};
+}
 
 AJobLine AFileReader::Note(AJobLine inLine)
 {

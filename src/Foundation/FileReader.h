@@ -8,7 +8,9 @@ class AFileReader
 {
 public:
     /// Neither is owned; both must outlive the reader.
-    AFileReader(ACupsFile& ioFile, const APagesManager& inPagesManager) : fFile(ioFile), fPagesManager(inPagesManager) {}
+    AFileReader(ACupsFile& ioFile, const APagesManager& inPagesManager) : fFile(ioFile), fPagesManager(inPagesManager)
+    {
+    }
     AFileReader(const AFileReader&) = delete;
     AFileReader& operator=(const AFileReader&) = delete;
     virtual ~AFileReader() = default;

@@ -11,11 +11,12 @@
 namespace
 {
 
-constexpr std::size_t kLargestRead = 128 * 1024;
+constexpr std::size_t kLargestRead = std::size_t{128} * 1024;
 // After a jump little is read at first: pages in another order are often shorter than a full read.
-constexpr std::size_t kReadAfterJump = 16 * 1024;
-constexpr std::size_t kKeptBytes = 16 * 1024; ///< room for what a line search keeps of one read for the next
-constexpr std::size_t kWriteBufferSize = 128 * 1024;
+constexpr std::size_t kReadAfterJump = std::size_t{16} * 1024;
+constexpr std::size_t kKeptBytes =
+    std::size_t{16} * 1024; ///< room for what a line search keeps of one read for the next
+constexpr std::size_t kWriteBufferSize = std::size_t{128} * 1024;
 
 } // namespace
 
@@ -25,7 +26,10 @@ AFileStream::AFileStream(int inDescriptor, AOwnership inOwnership)
 {
 }
 
-AFileStream::~AFileStream() { Close(); }
+AFileStream::~AFileStream()
+{
+    Close();
+}
 
 bool AFileStream::Close()
 {
@@ -39,7 +43,10 @@ bool AFileStream::Close()
     return isWhole;
 }
 
-std::string_view AFileStream::GetBuffered() const { return {fReadBuffer.data() + fBegin, fEnd - fBegin}; }
+std::string_view AFileStream::GetBuffered() const
+{
+    return {fReadBuffer.data() + fBegin, fEnd - fBegin};
+}
 
 std::size_t AFileStream::GetNextReadSize(std::size_t inLimit) const
 {
@@ -103,9 +110,15 @@ bool AFileStream::WaitUntilReady(short inEvents) const
     return poll(&waiting, 1, -1) > 0 || errno == EINTR;
 }
 
-void AFileStream::Consume(std::size_t inSize) { fBegin += std::min(inSize, fEnd - fBegin); }
+void AFileStream::Consume(std::size_t inSize)
+{
+    fBegin += std::min(inSize, fEnd - fBegin);
+}
 
-void AFileStream::Unconsume(std::size_t inSize) { fBegin -= std::min(inSize, fBegin); }
+void AFileStream::Unconsume(std::size_t inSize)
+{
+    fBegin -= std::min(inSize, fBegin);
+}
 
 std::size_t AFileStream::Write(std::string_view inData)
 {

@@ -14,4 +14,7 @@ bool AJobLine::HoldsComment(std::string_view inComment) const
     return text.starts_with(inComment);
 }
 
-bool IsBlank(std::string_view inText) { return std::all_of(inText.begin(), inText.end(), IsBlankByte); }
+bool IsBlank(std::string_view inText)
+{
+    return std::all_of(inText.begin(), inText.end(), IsBlankByte);
+}

@@ -6,9 +6,9 @@
 /// What stands on a line before a piece of it.
 enum class ALineStart
 {
-    kAtLineStart,  ///< nothing: the piece opens its line
-    kAfterBlanks,  ///< earlier pieces of nothing but bytes up to 0x20
-    kInsideLine,   ///< earlier pieces with other bytes
+    kAtLineStart, ///< nothing: the piece opens its line
+    kAfterBlanks, ///< earlier pieces of nothing but bytes up to 0x20
+    kInsideLine,  ///< earlier pieces with other bytes
 };
 
 /// One line of a job with its line end, or one piece of a line that is longer than the line buffer.
@@ -17,7 +17,7 @@ enum class ALineStart
 /// Comparisons see a line as a C string: up to its first NUL.
 struct AJobLine
 {
-    std::string_view fText;                             ///< valid until the file it was read from is read again
+    std::string_view fText; ///< valid until the file it was read from is read again
     ALineStart fStart = ALineStart::kAtLineStart;
 
     /// The text up to its first NUL.
@@ -46,8 +46,14 @@ struct AJobLine
 inline constexpr std::size_t kLineBufferSize = 8192;
 
 /// True for the bytes that may stand before a DSC comment on its line.
-[[nodiscard]] constexpr bool IsBlankByte(char inByte) { return static_cast<unsigned char>(inByte) <= 0x20; }
+[[nodiscard]] constexpr bool IsBlankByte(char inByte)
+{
+    return static_cast<unsigned char>(inByte) <= 0x20;
+}
 
-[[nodiscard]] constexpr bool IsLineEnd(char inByte) { return inByte == '\n' || inByte == '\r'; }
+[[nodiscard]] constexpr bool IsLineEnd(char inByte)
+{
+    return inByte == '\n' || inByte == '\r';
+}
 
 [[nodiscard]] bool IsBlank(std::string_view inText);

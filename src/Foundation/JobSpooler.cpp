@@ -17,13 +17,13 @@ constexpr std::size_t kLongestName = 254;
 constexpr std::string_view kExcessive = "(excessive)";
 
 // The setup code of real jobs takes some kilobytes.
-constexpr std::size_t kMostFeaturesText = 8 * 1024 * 1024;
+constexpr std::size_t kMostFeaturesText = std::size_t{8} * 1024 * 1024;
 
 ALineNeedles MakeNeedles()
 {
     std::vector<std::string> texts = AEmbeddedDocumentTracker::GetNeedles();
-    for (const std::string_view text :
-         {std::string_view("%%Trailer"), std::string_view("%%Page:"), kBeginFeature, kBeginNonPPDFeature, kBeginSubsetFont})
+    for (const std::string_view text : {std::string_view("%%Trailer"), std::string_view("%%Page:"), kBeginFeature,
+                                        kBeginNonPPDFeature, kBeginSubsetFont})
     {
         texts.emplace_back(text);
     }
@@ -196,8 +196,8 @@ void AJobSpooler::SpoolSubsetFont(const AJobLine& inLine)
     } while (block.ReadLine(line));
 }
 
-/// A document that carries its own number of copies holds one; a native one that asks for a single copy is taken to hold
-/// them all.
+/// A document that carries its own number of copies holds one; a native one that asks for a single copy is taken to
+/// hold them all.
 void AJobSpooler::CheckCopies(std::string_view inLine)
 {
     const auto copies = inLine.find("NumCopies") != std::string_view::npos ? GetStatedCopies(inLine) : std::nullopt;

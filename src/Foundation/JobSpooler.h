@@ -9,8 +9,9 @@
 /// The first pass over a job whose pages must be located: stores it, counts its pages and collects the feature blocks
 /// that cleaning the job would lose.
 ///
-/// Only a job that an application wrote itself is changed on the way: page comments that repeat the page before them are
-/// marked "(excessive)", subset fonts get a substitution comment. Every stored job has a "%%Trailer" line before its
+/// Only a job that an application wrote itself is changed on the way: page comments that repeat the page before them
+/// are marked "(excessive)", subset fonts get a substitution comment. Every stored job has a "%%Trailer" line before
+/// its
 /// "%%EOF".
 class AJobSpooler final : public AFilterObject
 {

@@ -48,8 +48,7 @@ std::size_t ALineNeedles::GetMatchLength(std::string_view inData, std::size_t in
     for (const std::string& text : fTexts)
     {
         const bool isBetter = shortest == 0 || text.size() < shortest;
-        if (isBetter && rest.starts_with(text) &&
-            (!AJobLine::IsComment(text) || IsCommentPlace(inData, inAt, inStart)))
+        if (isBetter && rest.starts_with(text) && (!AJobLine::IsComment(text) || IsCommentPlace(inData, inAt, inStart)))
         {
             shortest = text.size();
         }

@@ -33,8 +33,8 @@ public:
     [[nodiscard]] std::size_t GetLongest() const { return fLongest; }
 
 private:
-    /// The length of the shortest needle at the place, 0 when there is none: where a longer one is cut off by the end of
-    /// a piece, the shorter one may still be whole.
+    /// The length of the shortest needle at the place, 0 when there is none: where a longer one is cut off by the end
+    /// of a piece, the shorter one may still be whole.
     [[nodiscard]] std::size_t GetMatchLength(std::string_view inData, std::size_t inAt, ALineStart inStart) const;
 
     std::vector<std::string> fTexts;

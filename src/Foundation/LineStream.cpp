@@ -8,7 +8,8 @@ namespace
 
 constexpr std::size_t kPieceSize = kLineBufferSize - 1;
 
-/// Offset just behind the last byte of that value, 0 when the text has none. (std::string_view::rfind goes byte by byte.)
+/// Offset just behind the last byte of that value, 0 when the text has none. (std::string_view::rfind goes byte by
+/// byte.)
 std::size_t AfterLast(std::string_view inText, char inByte)
 {
     const void* last = inText.empty() ? nullptr : memrchr(inText.data(), inByte, inText.size());
@@ -28,9 +29,9 @@ std::size_t GetPieceStart(std::size_t inLineStart, std::size_t inPlace)
     return inPlace - (inPlace - inLineStart) % kPieceSize;
 }
 
-/// Offset of what a span must leave behind: the piece that is not yet complete, and before it lines that hold nothing but
-/// end-of-job bytes. Nobody can know whether they end the job before the file ends, and what is missing from a job goes
-/// in front of them.
+/// Offset of what a span must leave behind: the piece that is not yet complete, and before it lines that hold nothing
+/// but end-of-job bytes. Nobody can know whether they end the job before the file ends, and what is missing from a job
+/// goes in front of them.
 std::size_t GetSpanEnd(std::string_view inText)
 {
     const std::size_t piece = GetPieceStart(AfterLastLineEnd(inText), inText.size());

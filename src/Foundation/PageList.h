@@ -13,12 +13,12 @@ inline constexpr std::int64_t kGuidePage = -2; ///< instead of an offset: the gu
 struct APageList
 {
     APageOffsets fOffsets;
-    std::int64_t fTrailerOffset = 0;      ///< of the "%%Trailer" line; 0: none
-    unsigned fOriginalNumberOfPages = 0;  ///< counted while the job was stored
-    unsigned fFinalNumberOfPages = 1;     ///< that will be output
+    std::int64_t fTrailerOffset = 0;     ///< of the "%%Trailer" line; 0: none
+    unsigned fOriginalNumberOfPages = 0; ///< counted while the job was stored
+    unsigned fFinalNumberOfPages = 1;    ///< that will be output
     unsigned fPagesPerCopy = 1;
-    unsigned fNumberOfCopies = 1;         ///< that were asked for; 1 to 9999
-    unsigned fPagesPerSheet = 1;          ///< N-up
+    unsigned fNumberOfCopies = 1; ///< that were asked for; 1 to 9999
+    unsigned fPagesPerSheet = 1;  ///< N-up
 
     /// Copies that the document itself holds: those asked for when it is collated, unless its pages cannot be that many
     /// copies.

@@ -14,9 +14,15 @@ bool IsSectionComment(const AJobLine& inLine)
 
 } // namespace
 
-std::vector<std::string> APageReader::GetOwnNeedles() const { return {"%%Page:", "%%Trailer"}; }
+std::vector<std::string> APageReader::GetOwnNeedles() const
+{
+    return {"%%Page:", "%%Trailer"};
+}
 
-AJobLine APageReader::ReadLine(bool& outIsEOF) { return Follow(GetFile().ReadLine(outIsEOF), outIsEOF); }
+AJobLine APageReader::ReadLine(bool& outIsEOF)
+{
+    return Follow(GetFile().ReadLine(outIsEOF), outIsEOF);
+}
 
 AJobLine APageReader::CopyToLine(const ALineNeedles& inNeedles, ACupsFile& outCopy, bool& outIsEOF)
 {

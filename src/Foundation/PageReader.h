@@ -2,9 +2,10 @@
 
 #include "Foundation/FileReader.h"
 
-/// Reads a stored job page by page along the list of the pages manager, so that the iterator sees the pages in their new
-/// order, numbered from 1: first what stands before the first page, then the listed pages, then the trailer and what
-/// follows it. A blank page is its page comment alone; the code that the page hook writes before the next page ejects it.
+/// Reads a stored job page by page along the list of the pages manager, so that the iterator sees the pages in their
+/// new order, numbered from 1: first what stands before the first page, then the listed pages, then the trailer and
+/// what follows it. A blank page is its page comment alone; the code that the page hook writes before the next page
+/// ejects it.
 class APageReader final : public AFileReader
 {
 public:

@@ -19,7 +19,10 @@ ALineNeedles MakeNeedles()
     return ALineNeedles(texts);
 }
 
-bool TakesFeatures(const AJobLine& inLine) { return inLine.Holds("%%EndSetup") || inLine.OpensWith("%%Page:"); }
+bool TakesFeatures(const AJobLine& inLine)
+{
+    return inLine.Holds("%%EndSetup") || inLine.OpensWith("%%Page:");
+}
 
 void WriteFeatures(ACupsFile& outFile, std::string_view inFeaturesText)
 {
@@ -90,8 +93,8 @@ void APageScanner::RestoreFeatures()
     }
 }
 
-/// A list that is wanted in reverse is collected in order and turned round at the end: what would have gone to its front
-/// goes to its back.
+/// A list that is wanted in reverse is collected in order and turned round at the end: what would have gone to its
+/// front goes to its back.
 void APageScanner::ScanPage(const AJobLine& inLine, std::int64_t inOffset)
 {
     if (IsRepeatedPage(inLine))

@@ -68,8 +68,8 @@ void APagesManager::CheckNeeds()
     const ASettingsStore& settings = GetSettingsStore();
     fReorderNeeded =
         settings.fManualDuplex || settings.fBooklet || settings.fDuplexFaceUp || settings.fFinishingInOrder;
-    fScanPagesNeeded = fReorderNeeded || settings.fFirstPageDifferent || settings.fIsDuplex ||
-                       settings.fWatermarkFirstPageOnly;
+    fScanPagesNeeded =
+        fReorderNeeded || settings.fFirstPageDifferent || settings.fIsDuplex || settings.fWatermarkFirstPageOnly;
     fNormalizeNeeded = settings.fIsNativePostScript && (fScanPagesNeeded || settings.fWatermarksOn);
 }
 

@@ -15,8 +15,8 @@ class APagesManager final : public AFilterObject
 public:
     static APagesManager& GetInstance();
 
-    /// Decides what the job needs, and stores the job when it needs anything. False when no printer description is open,
-    /// and when the stored copy lost bytes (see GetStorageError).
+    /// Decides what the job needs, and stores the job when it needs anything. False when no printer description is
+    /// open, and when the stored copy lost bytes (see GetStorageError).
     [[nodiscard]] bool Initialize(ACupsFile& ioInput);
 
     /// True when the job had to be stored.
@@ -25,8 +25,8 @@ public:
     /// True when the job must be read page by page along the list.
     [[nodiscard]] bool ShouldReorderPages() const { return fReorderNeeded && !fPages.fOffsets.empty(); }
 
-    /// Cleans and scans the stored job, lets the reorderers rearrange its pages, and makes ioInput the file to read, from
-    /// its start. On false ioInput holds the whole job in its old order.
+    /// Cleans and scans the stored job, lets the reorderers rearrange its pages, and makes ioInput the file to read,
+    /// from its start. On false ioInput holds the whole job in its old order.
     [[nodiscard]] bool ReorderPages(ACupsFile& ioInput);
 
     /// The errno of the first write to a temporary file that failed; 0: none did. A job that lost bytes must not be

@@ -106,7 +106,8 @@ std::string GetLiteralOfExpression(std::string_view inExpression)
     {
         const bool isEscape = inExpression[i] == '\\' && i + 1 < inExpression.size();
         const bool isAnything = inExpression.substr(i, 2) == ".*";
-        if (!isEscape && !isAnything && std::string_view(".*+?[](){}|^$\\").find(inExpression[i]) != std::string_view::npos)
+        if (!isEscape && !isAnything &&
+            std::string_view(".*+?[](){}|^$\\").find(inExpression[i]) != std::string_view::npos)
         {
             return {};
         }

@@ -26,7 +26,7 @@ public:
     /// How the task is declared.
     struct ADeclaration
     {
-        std::string fPattern;     ///< text to find, or a POSIX extended regular expression
+        std::string fPattern; ///< text to find, or a POSIX extended regular expression
         LineOrder fLineOrder;
         std::string fDescription; ///< for the log
         bool fIsRegExp = false;

@@ -1,15 +1,18 @@
 #include "Foundation/SettingsStore.h"
 
 #include <algorithm>
-#include <utility>
 #include <cstdlib>
+#include <utility>
 
 #include "Imaging/Logger.h"
 #include "Imaging/NumberText.h"
 #include "Imaging/PPDKeywords.h"
 #include "Imaging/TextComparison.h"
 
-bool IsOption(AOptionValue inValue, std::string_view inText) { return inValue && EqualWithoutCase(*inValue, inText); }
+bool IsOption(AOptionValue inValue, std::string_view inText)
+{
+    return inValue && EqualWithoutCase(*inValue, inText);
+}
 
 std::int64_t MultiplyCounts(std::string_view inRows, std::string_view inColumns)
 {
@@ -57,7 +60,10 @@ const char* ASettingsStore::GetCommandLineParameter(int inIndex) const
     return inIndex < fArgumentCount ? fArguments[inIndex] : nullptr;
 }
 
-const char* ASettingsStore::GetEnvironmentVariable(const char* inName) { return std::getenv(inName); }
+const char* ASettingsStore::GetEnvironmentVariable(const char* inName)
+{
+    return std::getenv(inName);
+}
 
 AOptionValue ASettingsStore::GetCUPSOption(std::string_view inKey, bool inOnlyIfInPPD) const
 {
@@ -204,7 +210,8 @@ void ASettingsStore::CheckFinishingPageOrder()
 {
     if (const auto result = FindFinishingResult("VXFinishingPageOrder"))
     {
-        const bool isFaceUp = EqualWithoutCase(*result, kFaceUpValueRef) || EqualWithoutCase(*result, kReverseOptionRef);
+        const bool isFaceUp =
+            EqualWithoutCase(*result, kFaceUpValueRef) || EqualWithoutCase(*result, kReverseOptionRef);
         (isFaceUp ? fFaceDownOutput : fReverseOrderRequested) = false;
     }
     fFinishingInOrder = fFaceDownOutput == (fShouldReversePages != fReverseOrderRequested);
@@ -267,8 +274,7 @@ void ASettingsStore::SwapOrientation()
 
 void ASettingsStore::CheckWatermarks()
 {
-    const AOptionValue mark =
-        IsFeatureSupported(kWatermarksFeature) ? GetCUPSOption("VXwmrSwitch") : std::nullopt;
+    const AOptionValue mark = IsFeatureSupported(kWatermarksFeature) ? GetCUPSOption("VXwmrSwitch") : std::nullopt;
     fWatermarksOn = mark && !IsOption(mark, "Off");
     fWatermarkFirstPageOnly = fWatermarksOn && IsOption(GetCUPSOption("VXwmrPages"), "FirstPage");
 }

@@ -41,8 +41,8 @@ public:
     ASettingsStore(const ASettingsStore&) = delete;
     ASettingsStore& operator=(const ASettingsStore&) = delete;
 
-    /// Parses the arguments and derives the flags. Nothing can fail: what is missing leaves its default. The vectors are
-    /// not copied and must outlive the store; null vectors do nothing.
+    /// Parses the arguments and derives the flags. Nothing can fail: what is missing leaves its default. The vectors
+    /// are not copied and must outlive the store; null vectors do nothing.
     void Initialize(int inArgumentCount, char** inArguments, char** inEnvironment);
 
     /// Null when there is no such argument.
@@ -79,8 +79,8 @@ public:
     /// not open.
     [[nodiscard]] const APPDFile* GetPPDFile() const { return fPPDFile.get(); }
 
-    bool fShouldReversePages = false;     ///< this filter itself must emit the pages in reverse order
-    bool fFinishingInOrder = false;       ///< an even number of the three order flags is set; see CheckFinishingPageOrder
+    bool fShouldReversePages = false; ///< this filter itself must emit the pages in reverse order
+    bool fFinishingInOrder = false;   ///< an even number of the three order flags is set; see CheckFinishingPageOrder
     bool fReverseOrderRequested = false;  ///< reverse order was asked for, whoever performs it
     bool fDuplexFaceUp = false;           ///< two-sided and the output lands face up
     bool fIsDuplex = false;               ///< two-sided by a printer that can
@@ -139,7 +139,7 @@ private:
     char** fArguments = nullptr;
     char** fEnvironment = nullptr;
     AOptions fOptions;
-    std::unique_ptr<APPDFile> fPPDFile;
+    std::shared_ptr<const APPDFile> fPPDFile;
     mutable std::unique_ptr<APPDInfo> fPPDInfo;
     mutable bool fPPDInfoWasSought = false;
 };

@@ -9,8 +9,8 @@ enum LogLevel : int
     kLogTrace = 4,     ///< progress and trace
 };
 
-/// A place in the sources; as a default argument, the place of the call. (std::source_location, which not every compiler
-/// has that reads this code.)
+/// A place in the sources; as a default argument, the place of the call. (std::source_location, which not every
+/// compiler has that reads this code.)
 struct ASourcePlace
 {
     static constexpr ASourcePlace GetCurrent(const char* inFile = __builtin_FILE(),
@@ -29,10 +29,7 @@ struct ASourcePlace
 struct ALogSite
 {
     // NOLINTNEXTLINE(google-explicit-constructor): a level alone is the usual way to write a call
-    ALogSite(LogLevel inLevel, ASourcePlace inWhere = ASourcePlace::GetCurrent())
-        : fLevel(inLevel), fWhere(inWhere)
-    {
-    }
+    ALogSite(LogLevel inLevel, ASourcePlace inWhere = ASourcePlace::GetCurrent()) : fLevel(inLevel), fWhere(inWhere) {}
 
     LogLevel fLevel;
     ASourcePlace fWhere;
@@ -51,8 +48,7 @@ void LoggerSetFormat(const char* inFormat);
 void LoggerLogMessage(ALogSite inSite, const char* inFormat, ...) __attribute__((format(printf, 2, 3)));
 
 /// Logs "EXPRESSION assertion failed" unless the condition holds. Returns the condition; nothing is ever stopped by it.
-bool LogUnless(bool inCondition, const char* inExpression,
-               ASourcePlace inWhere = ASourcePlace::GetCurrent());
+bool LogUnless(bool inCondition, const char* inExpression, ASourcePlace inWhere = ASourcePlace::GetCurrent());
 
 /// The trace of a function's entry that some operations leave in the log.
 void LogEnteredFunction(ASourcePlace inWhere = ASourcePlace::GetCurrent());

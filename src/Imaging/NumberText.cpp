@@ -48,6 +48,16 @@ double ReadLeadingNumber(std::string_view inText)
     return result.ec == std::errc() ? value : 0;
 }
 
+std::string WriteFixed(double inValue, int inDecimals)
+{
+    // The largest double has 309 digits in front of its point.
+    std::array<char, 352> digits{};
+    const auto end =
+        std::to_chars(digits.data(), digits.data() + digits.size(), inValue, std::chars_format::fixed, inDecimals).ptr;
+    const std::string text(digits.data(), end);
+    return text.find_first_not_of("-0.") == std::string::npos && text.starts_with('-') ? text.substr(1) : text;
+}
+
 void AppendNumber(std::string& ioText, float inValue)
 {
     std::array<char, 64> text; // the largest float has 39 digits before the point

@@ -12,5 +12,9 @@
 /// beyond the range of double.
 [[nodiscard]] double ReadLeadingNumber(std::string_view inText);
 
+/// The number with inDecimals digits (at most 20) behind its point, rounded as printf(3) rounds `%.Nf`. No locale
+/// changes the point, and a number that rounds to zero has no sign.
+[[nodiscard]] std::string WriteFixed(double inValue, int inDecimals);
+
 /// Appends a finite number as `%f` prints it: six decimals. No locale changes the point.
 void AppendNumber(std::string& ioText, float inValue);

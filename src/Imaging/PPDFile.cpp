@@ -109,15 +109,26 @@ void APPDFile::ACloser::operator()(ppd_file_s* inFile) const
     ppdClose(inFile);
 }
 
-std::unique_ptr<APPDFile> APPDFile::Open(const char* inPath)
+std::shared_ptr<const APPDFile> APPDFile::Open(const char* inPath)
 {
-    AHandle file(inPath == nullptr ? nullptr : ppdOpenFile(inPath));
+    // The queue's description and the one in the environment are mostly the same file.
+    static std::weak_ptr<const APPDFile> lastOpened;
+    static std::string lastPath;
+    const std::string path = inPath == nullptr ? "" : inPath;
+    if (auto opened = lastOpened.lock(); opened != nullptr && path == lastPath)
+    {
+        return opened;
+    }
+    AHandle file(path.empty() ? nullptr : ppdOpenFile(path.c_str()));
     if (file == nullptr)
     {
         return nullptr;
     }
     ppdMarkDefaults(file.get());
-    return std::make_unique<APPDFile>(std::move(file));
+    auto opened = std::make_shared<const APPDFile>(std::move(file));
+    lastOpened = opened;
+    lastPath = path;
+    return opened;
 }
 
 std::optional<APageSizeRecord> APPDFile::FindPageSize(std::string_view inMediaName) const

@@ -62,7 +62,8 @@ public:
 
     /// Null when there is no path, no such file, or the file is no printer description that libcups reads. The defaults
     /// are marked, so that conflicts are judged by the installed options that the file states.
-    [[nodiscard]] static std::unique_ptr<APPDFile> Open(const char* inPath);
+    /// A file that is still open is shared, not read again. Belongs to the main thread.
+    [[nodiscard]] static std::shared_ptr<const APPDFile> Open(const char* inPath);
 
     /// The record of a media name: the size that libcups finds for the whole value ("A4", "Custom.200x300mm"); else for
     /// the first of its comma-separated parts that the PPD knows ("A4,Tray2"); else, for a PWG self-describing name

@@ -20,7 +20,7 @@ std::string GetServerRoot()
     return root == nullptr || *root == '\0' ? "/etc/cups" : root;
 }
 
-std::unique_ptr<APPDFile> OpenQueueDescription(const std::string& inPrinterName)
+std::shared_ptr<const APPDFile> OpenQueueDescription(const std::string& inPrinterName)
 {
     if (inPrinterName.find('/') != std::string::npos)
     {
@@ -37,7 +37,7 @@ std::optional<std::string> MakeValue(std::string_view inValue)
 
 } // namespace
 
-APPDInfo::APPDInfo(std::unique_ptr<APPDFile> inFile) : fFile(std::move(inFile)) {}
+APPDInfo::APPDInfo(std::shared_ptr<const APPDFile> inFile) : fFile(std::move(inFile)) {}
 
 std::unique_ptr<APPDInfo> APPDInfo::CreatePPDInfo(const std::string& inPrinterName)
 {

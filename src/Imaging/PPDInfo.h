@@ -51,7 +51,7 @@ public:
     [[nodiscard]] static std::unique_ptr<APPDInfo> CreatePPDInfo(const char* inPath);
 
     /// inFile is not null.
-    explicit APPDInfo(std::unique_ptr<APPDFile> inFile);
+    explicit APPDInfo(std::shared_ptr<const APPDFile> inFile);
 
     /// Whether the PPD has an option or an attribute of that keyword.
     [[nodiscard]] bool IsFeatureSupported(std::string_view inKeyword) const;
@@ -87,5 +87,5 @@ public:
     [[nodiscard]] std::optional<AMargins> GetPaperMargins(std::string_view inMediaName) const;
 
 private:
-    std::unique_ptr<APPDFile> fFile; ///< never null
+    std::shared_ptr<const APPDFile> fFile; ///< never null
 };

@@ -5,7 +5,7 @@
 #include <span>
 
 // Function multiversioning goes through resolvers that run before a sanitizer's runtime is up.
-#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(__SANITIZE_ADDRESS__) &&              \
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(__SANITIZE_ADDRESS__) &&               \
     !defined(__SANITIZE_THREAD__)
 #define VX_CLONES __attribute__((target_clones("avx2", "default")))
 #else

@@ -178,8 +178,8 @@ void DropMessage(const gchar* inDomain, GLogLevelFlags inLevel, const gchar* inM
 
 } // namespace
 
-extern "C" __attribute__((visibility("default"))) bool VXLayOutText(const std::string& inText,
-                                                                    const std::string& inFont, ATextLine& outLine)
+extern "C" __attribute__((visibility("default"))) bool
+VXLayOutText(const std::string& inText, const std::string& inFont, ATextLine& outLine) noexcept
 {
     g_log_set_default_handler(DropMessage, nullptr);
     const AOwned<PangoContext> context = CreateContext();

@@ -5,10 +5,10 @@
 /// How the pages of a booklet are laid out.
 struct ABookletPlan
 {
-    unsigned fCopies = 1;         ///< in the document, one behind the other
+    unsigned fCopies = 1; ///< in the document, one behind the other
     unsigned fPagesPerCopy = 1;
-    bool fBackCover = false;      ///< the last page goes on the outside
-    bool fIsRightToLeft = false;  ///< left and right halves change places
+    bool fBackCover = false;     ///< the last page goes on the outside
+    bool fIsRightToLeft = false; ///< left and right halves change places
 };
 
 /// Pages in saddle-stitched order: for each sheet the left and right half of its front, then of its back. Sheets are

@@ -3,8 +3,8 @@
 #include "Foundation/FilterObject.h"
 #include "Foundation/PageList.h"
 
-/// Base of what rearranges the pages of a job. A reorderer sees the list of pages and their counts, not where the job is
-/// stored.
+/// Base of what rearranges the pages of a job. A reorderer sees the list of pages and their counts, not where the job
+/// is stored.
 class APagesReorderer : public AFilterObject
 {
 public:

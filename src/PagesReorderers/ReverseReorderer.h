@@ -14,10 +14,10 @@ public:
 
 struct AReversePlan
 {
-    bool fDuplexFaceUp = false;       ///< sheets land face up: last sheet first, each with its front before its back
-    bool fBooklet = false;            ///< sheets have four pages
-    bool fPadToSheets = false;        ///< an odd number of pages gets a blank back
-    bool fIsReversedAlready = false;  ///< the list was collected last page first
+    bool fDuplexFaceUp = false;      ///< sheets land face up: last sheet first, each with its front before its back
+    bool fBooklet = false;           ///< sheets have four pages
+    bool fPadToSheets = false;       ///< an odd number of pages gets a blank back
+    bool fIsReversedAlready = false; ///< the list was collected last page first
 };
 
 /// The list in its new order. Duplex face-up, pages 1 to 5: 5 blank 3 4 1 2.

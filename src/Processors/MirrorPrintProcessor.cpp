@@ -4,8 +4,9 @@ namespace
 {
 
 // VXcs is the page transformation of the redefined operators, VXsetCS applies it to the current matrix.
-constexpr std::string_view kPortraitMirror = "-1 1 matrix scale currentpagedevice/PageSize get 0 get 0 matrix translate "
-                                             "userdict /VXcs get concatmatrix\n";
+constexpr std::string_view kPortraitMirror =
+    "-1 1 matrix scale currentpagedevice/PageSize get 0 get 0 matrix translate "
+    "userdict /VXcs get concatmatrix\n";
 constexpr std::string_view kLandscapeMirror = "1 -1 matrix scale 0 currentpagedevice/PageSize get 1 get matrix "
                                               "translate userdict /VXcs get concatmatrix\n";
 constexpr std::string_view kMirrorCall = "VXsetCS\n";

@@ -41,7 +41,10 @@ void APostScriptProcessor::WriteFormattedData(const char* inFormat, ...)
     }
 }
 
-void APostScriptProcessor::SkipCurrentFeature() { ABlockReader(GetInputFile()).Skip(); }
+void APostScriptProcessor::SkipCurrentFeature()
+{
+    ABlockReader(GetInputFile()).Skip();
+}
 
 void APostScriptProcessor::CopyCurrentFeature()
 {
@@ -71,4 +74,11 @@ void APostScriptProcessor::InsertEndFeatureString(bool inWrap)
     {
         WriteData("} stopped cleartomark\n");
     }
+}
+
+void APostScriptProcessor::InsertFeature(std::string_view inFeature, std::string_view inCode, bool inWrap)
+{
+    InsertBeginFeatureString(inFeature, inWrap);
+    WriteData(inCode);
+    InsertEndFeatureString(inWrap);
 }

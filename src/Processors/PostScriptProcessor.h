@@ -22,6 +22,11 @@ struct ATask
 inline constexpr bool kRegExp = true;
 inline constexpr bool kOptional = true;
 
+/// Stand around device code in front of a page, which resets the matrix: they keep the page's own one on the operand
+/// stack. Only for jobs whose page-drawing operators are redefined.
+inline constexpr std::string_view kSaveMatrix = "matrix VXcurrent\n";
+inline constexpr std::string_view kRestoreMatrix = "VXset\n";
+
 /// Base of every processor: one print feature that decides in its constructor whether it applies to the job, registers
 /// its tasks with the iterator, and writes PostScript into the job when one of its lines comes by.
 class APostScriptProcessor : public AFilterObject, public ILineProcessor
@@ -68,6 +73,9 @@ protected:
     /// rejects it goes on with the job.
     void InsertBeginFeatureString(std::string_view inFeature, bool inWrap);
     void InsertEndFeatureString(bool inWrap);
+
+    /// A whole feature block.
+    void InsertFeature(std::string_view inFeature, std::string_view inCode, bool inWrap);
 
 private:
     ADocumentIterator& fIterator;

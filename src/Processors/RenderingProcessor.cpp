@@ -7,8 +7,8 @@ namespace
 
 constexpr std::string_view kShowPage = "VXsave\nVXshowpage\nVXrestore\n";
 
-/// Keeps the real operators under VX names, makes showpage do nothing, and applies the page transformation VXcs to every
-/// matrix that the job sets.
+/// Keeps the real operators under VX names, makes showpage do nothing, and applies the page transformation VXcs to
+/// every matrix that the job sets.
 constexpr std::string_view kOperators = R"(userdict begin
 true setglobal
 /VXcs matrix def

@@ -16,8 +16,9 @@ AFilterRun MirrorRun(std::string inJob)
     return run;
 }
 
-constexpr const char* kCode = "-1 1 matrix scale currentpagedevice/PageSize get 0 get 0 matrix translate userdict /VXcs "
-                              "get concatmatrix\nVXsetCS\n%%EndSetup\n";
+constexpr const char* kCode =
+    "-1 1 matrix scale currentpagedevice/PageSize get 0 get 0 matrix translate userdict /VXcs "
+    "get concatmatrix\nVXsetCS\n%%EndSetup\n";
 
 } // namespace
 
@@ -38,7 +39,8 @@ TEST(MirrorPrint, AMissingEndCostsTheFeatureNotTheJob)
 TEST(MirrorPrint, AJobWithoutSetupOrTrailerGetsBoth)
 {
     const AFilterResult result = RunFilter(MirrorRun("%!PS-Adobe-3.0\n%%EndComments\n%%Page: 1 1\nshowpage\n\x04"));
-    const std::string expected = std::string(kCode) + "%%Page: 1 1\nshowpage\nVXsave\nVXshowpage\nVXrestore\n%%Trailer\n\x04";
+    const std::string expected =
+        std::string(kCode) + "%%Page: 1 1\nshowpage\nVXsave\nVXshowpage\nVXrestore\n%%Trailer\n\x04";
     EXPECT_TRUE(result.fOutput.ends_with(expected)) << result.fOutput;
 }
 

@@ -80,7 +80,8 @@ AFilterResult RunFilter(const AFilterRun& inRun)
     mkdir((base + "/tmp").c_str(), 0700);
     WriteWholeFile(base + "/printer.ppd", inRun.fPPD.empty() ? MakePPD("") : inRun.fPPD);
     WriteWholeFile(base + "/job", inRun.fJob);
-    std::vector<std::string> arguments = {VX_FILTER_PATH, "1", inRun.fUser, inRun.fTitle, inRun.fCopies, inRun.fOptions};
+    std::vector<std::string> arguments = {VX_FILTER_PATH, "1",           inRun.fUser,
+                                          inRun.fTitle,   inRun.fCopies, inRun.fOptions};
     if (inRun.fFromFile)
     {
         arguments.push_back(base + "/job");
@@ -163,8 +164,8 @@ std::string MakeJob(int inPages, std::string_view inSetup)
     for (int page = 1; page <= inPages; ++page)
     {
         const std::string number = std::to_string(page);
-        job += "%%Page: " + number + " " + number +
-               "\n%%BeginPageSetup\n%%EndPageSetup\n(page " + number + ") show\nshowpage\n%%PageTrailer\n";
+        job += "%%Page: " + number + " " + number + "\n%%BeginPageSetup\n%%EndPageSetup\n(page " + number +
+               ") show\nshowpage\n%%PageTrailer\n";
     }
     return job + "%%Trailer\n%%EOF\n";
 }

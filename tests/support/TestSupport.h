@@ -5,7 +5,8 @@
 #include <string>
 #include <string_view>
 
-/// One run of the built filter: what CUPS gives it. Everything has a usual value, so that a test states what it is about.
+/// One run of the built filter: what CUPS gives it. Everything has a usual value, so that a test states what it is
+/// about.
 struct AFilterRun
 {
     std::string fOptions;
@@ -28,8 +29,8 @@ struct AFilterResult
     [[nodiscard]] bool IsLogged(std::string_view inText) const { return fLog.find(inText) != std::string::npos; }
 };
 
-/// Runs the built filter as the CUPS chain does with a converted job (CONTENT_TYPE application/pdf, no PRINTER, a PPD of
-/// its own). Every file is in a temporary folder that goes away.
+/// Runs the built filter as the CUPS chain does with a converted job (CONTENT_TYPE application/pdf, no PRINTER, a PPD
+/// of its own). Every file is in a temporary folder that goes away.
 [[nodiscard]] AFilterResult RunFilter(const AFilterRun& inRun);
 
 /// A printer description that libcups accepts: a head with two page sizes and a duplex unit, then the given statements.

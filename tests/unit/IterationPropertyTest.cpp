@@ -1,5 +1,6 @@
-// The engine copies spans and looks only at lines that can matter. Whatever the job, its output and what its tasks see must
-// be what reading line by line gives: a deliberately simple line-by-line iteration stands here beside the real one.
+// The engine copies spans and looks only at lines that can matter. Whatever the job, its output and what its tasks see
+// must be what reading line by line gives: a deliberately simple line-by-line iteration stands here beside the real
+// one.
 
 #include <gtest/gtest.h>
 
@@ -53,7 +54,8 @@ public:
     {
         const bool isBefore = ioLine.GetLineOrder() == kBeforeLine;
         const int action = fScript.fBehaviour.Next(isBefore ? "pre" : "post", ioLine.GetText());
-        const AProcessingTask::ADeclaration& task = fScript.fTasks[static_cast<std::size_t>(action) % fScript.fTasks.size()];
+        const AProcessingTask::ADeclaration& task =
+            fScript.fTasks[static_cast<std::size_t>(action) % fScript.fTasks.size()];
         switch (action % 8)
         {
         case 0:
@@ -158,7 +160,8 @@ private:
         {
             ++first;
         }
-        return fStart != ALineStart::kInsideLine && std::strncmp(first, inTask.fPattern.c_str(), inTask.fPattern.size()) == 0;
+        return fStart != ALineStart::kInsideLine &&
+               std::strncmp(first, inTask.fPattern.c_str(), inTask.fPattern.size()) == 0;
     }
 
     void Register(const AProcessingTask::ADeclaration& inTask)
@@ -226,7 +229,8 @@ private:
             std::string written = ioLine;
             Perform(written, kAfterLine);
         }
-        const bool isBlank = std::all_of(whole.begin(), whole.end(), [](unsigned char inByte) { return inByte <= ' '; });
+        const bool isBlank =
+            std::all_of(whole.begin(), whole.end(), [](unsigned char inByte) { return inByte <= ' '; });
         fStart = isBlank && fStart != ALineStart::kInsideLine ? ALineStart::kAfterBlanks : ALineStart::kInsideLine;
     }
 
@@ -242,13 +246,27 @@ private:
 
 using ARandom = std::mt19937;
 
-int Pick(ARandom& ioRandom, int inCount) { return static_cast<int>(ioRandom() % static_cast<unsigned>(inCount)); }
+int Pick(ARandom& ioRandom, int inCount)
+{
+    return static_cast<int>(ioRandom() % static_cast<unsigned>(inCount));
+}
 
 std::string MakeRandomJob(ARandom& ioRandom)
 {
-    static const std::array<std::string, 14> kPieces = {
-        "\n", "\n", "\r", "\r\n", " ", "%%Page: 1 1", "VXName", "%%EndProlog", "%!PS", "*Duplex", std::string(1, '\0'),
-        "\x04", "\x01M", "(text) show"};
+    static const std::array<std::string, 14> kPieces = {"\n",
+                                                        "\n",
+                                                        "\r",
+                                                        "\r\n",
+                                                        " ",
+                                                        "%%Page: 1 1",
+                                                        "VXName",
+                                                        "%%EndProlog",
+                                                        "%!PS",
+                                                        "*Duplex",
+                                                        std::string(1, '\0'),
+                                                        "\x04",
+                                                        "\x01M",
+                                                        "(text) show"};
     std::string job;
     const int pieces = Pick(ioRandom, 200);
     for (int i = 0; i < pieces; ++i)
@@ -281,8 +299,8 @@ AScript MakeRandomScript(ARandom& ioRandom)
     {
         const char* pattern = kPatterns[static_cast<std::size_t>(Pick(ioRandom, static_cast<int>(kPatterns.size())))];
         const bool isRegExp = std::strcmp(pattern, "*Duplex") == 0;
-        script.fTasks.push_back({isRegExp ? "\\*Duplex" : pattern, Pick(ioRandom, 2) == 0 ? kBeforeLine : kAfterLine, "",
-                                 isRegExp, Pick(ioRandom, 3) == 0});
+        script.fTasks.push_back({isRegExp ? "\\*Duplex" : pattern, Pick(ioRandom, 2) == 0 ? kBeforeLine : kAfterLine,
+                                 "", isRegExp, Pick(ioRandom, 3) == 0});
     }
     for (int i = 0; i < 23; ++i)
     {
@@ -327,7 +345,8 @@ TEST(Iteration, SpansAndLinesGiveTheSameJob)
         AScript simpleScript = script;
         const std::string output = RunReal(folder, job, script);
         const std::string expected = ASimpleIteration(job, simpleScript).Run();
-        ASSERT_TRUE(output == expected) << "seed " << seed << ": " << output.size() << " bytes, not " << expected.size();
+        ASSERT_TRUE(output == expected) << "seed " << seed << ": " << output.size() << " bytes, not "
+                                        << expected.size();
         ASSERT_TRUE(script.fBehaviour.fSeen == simpleScript.fBehaviour.fSeen) << "seed " << seed;
     }
     LoggerSetLogLevel(kLogTrace);

@@ -63,20 +63,26 @@ constexpr std::string_view kCustomSizes = R"(*VariablePaperSize: True
 class PPDTest : public testing::Test
 {
 protected:
-    [[nodiscard]] std::string Write(std::string_view inText, const std::string& inName = "test.ppd") const
+    /// A file of its own: what is open of one name is shared.
+    [[nodiscard]] std::string Write(std::string_view inText)
+    {
+        return Write(inText, std::to_string(++fFiles) + ".ppd");
+    }
+    [[nodiscard]] std::string Write(std::string_view inText, const std::string& inName)
     {
         return fFolder.Write(inName, std::string(kHead).append(inText));
     }
-    [[nodiscard]] std::unique_ptr<APPDFile> OpenFile(std::string_view inText) const
+    [[nodiscard]] std::shared_ptr<const APPDFile> OpenFile(std::string_view inText)
     {
         return APPDFile::Open(Write(inText).c_str());
     }
-    [[nodiscard]] std::unique_ptr<APPDInfo> OpenInfo(std::string_view inText) const
+    [[nodiscard]] std::unique_ptr<APPDInfo> OpenInfo(std::string_view inText)
     {
         return APPDInfo::CreatePPDInfo(Write(inText).c_str());
     }
 
     ATemporaryFolder fFolder;
+    int fFiles = 0;
 };
 
 std::string Describe(const std::optional<APageSizeRecord>& inSize)
