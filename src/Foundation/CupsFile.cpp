@@ -221,6 +221,12 @@ std::size_t ACupsFile::CopyBlock(ACupsFile& outCopy, std::size_t inSize, char in
     return areOpen ? fStream->CopyBlock(outCopy.fStream->GetBytes(), inSize, inByte, outHoldsByte) : 0;
 }
 
+std::size_t ACupsFile::CopyAvailable(ACupsFile& outCopy, std::size_t inSize, char inByte, bool& outHoldsByte)
+{
+    const bool areOpen = IsOpen() && outCopy.IsOpen();
+    return areOpen ? fStream->CopyAvailable(outCopy.fStream->GetBytes(), inSize, inByte, outHoldsByte) : 0;
+}
+
 std::size_t ACupsFile::Write(std::string_view inData)
 {
     return IsOpen() ? fStream->GetBytes().Write(inData) : 0;

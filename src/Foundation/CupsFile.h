@@ -66,7 +66,8 @@ public:
     void UnreadLine();
     [[nodiscard]] AJobLine CopyToLine(const ALineNeedles& inNeedles, ACupsFile* outCopy, bool& outIsEOF);
     std::size_t CopyBlock(ACupsFile& outCopy, std::size_t inSize, char inByte, bool& outHoldsByte);
-    [[nodiscard]] bool HasMore() { return IsOpen() && fStream->HasMore(); }
+    std::size_t CopyAvailable(ACupsFile& outCopy, std::size_t inSize, char inByte, bool& outHoldsByte);
+    [[nodiscard]] bool HasMore(std::size_t inSize) { return IsOpen() && fStream->HasMore(inSize); }
 
     /// See ALineStream::IsRestOf.
     [[nodiscard]] bool IsRestOf(std::string_view inBytes) { return IsOpen() && fStream->IsRestOf(inBytes); }
