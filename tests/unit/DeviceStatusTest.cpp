@@ -186,7 +186,9 @@ TEST(LocalizationTest, EveryTableKnowsEveryMessage)
     }
     for (const char* name : {"DeviceAlertSeverityInfos", "DeviceStateInfos"})
     {
-        for (const auto& [key, entry] : *ReadTextDictionaries(std::string(kResources) + "/" + name + ".plist"))
+        const auto infos = ReadTextDictionaries(std::string(kResources) + "/" + name + ".plist");
+        ASSERT_TRUE(infos) << name;
+        for (const auto& [key, entry] : *infos)
         {
             EXPECT_TRUE(english->contains(entry.at("statusMessage"))) << name << ": " << key;
         }
