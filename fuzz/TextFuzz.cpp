@@ -28,7 +28,7 @@ void CheckPostScriptString(std::string_view inText)
     for (std::size_t i = 0; i < text.size(); ++i)
     {
         Require(text[i] != '(' && text[i] != ')', "parentheses are escaped");
-        i += text[i] == '\\' ? 1 : 0;
+        i += text[i] == '\\' ? 1U : 0U;
         Require(i < text.size(), "the last backslash escapes something");
     }
     Require(!HasControl(PSF::CreateStandardFeatureName(inText, inText)), "a feature name stays on its line");

@@ -127,7 +127,14 @@ bool ALaunchedFilter::IsBlockedOn(int inDescriptor) const
            std::strtol(argument.c_str(), nullptr, 16) == inDescriptor;
 }
 
-std::optional<ALaunchedFilter::AEnd> ALaunchedFilter::Wait(std::chrono::milliseconds inLimit)
+long ALaunchedFilter::GetMostMemory() const
+{
+    const std::string status = ReadFile("/proc/" + std::to_string(fChild) + "/status");
+    const std::size_t peak = status.find("VmHWM:");
+    return peak == std::string::npos ? 0 : std::strtol(status.c_str() + peak + 6, nullptr, 10);
+}
+
+std::optional<int> ALaunchedFilter::Wait(std::chrono::milliseconds inLimit)
 {
     const ADescriptor handle(static_cast<int>(syscall(SYS_pidfd_open, fChild, 0)));
     pollfd ended{handle.Get(), POLLIN, 0};
@@ -136,10 +143,9 @@ std::optional<ALaunchedFilter::AEnd> ALaunchedFilter::Wait(std::chrono::millisec
         return std::nullopt;
     }
     int status = 0;
-    rusage usage{};
-    wait4(fChild, &status, 0, &usage);
+    waitpid(fChild, &status, 0);
     fChild = -1;
-    return AEnd{WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), usage.ru_maxrss};
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
 ADescriptor::ADescriptor(const std::string& inPath, int inFlags)

@@ -29,12 +29,6 @@ class ALaunchedFilter
 public:
     static constexpr int kNoPrivateTmp = 126; ///< exit status where the system allows no private /tmp
 
-    struct AEnd
-    {
-        int fStatus;      ///< exit status; 128 + signal when a signal ended it
-        long fMostMemory; ///< KiB resident at most
-    };
-
     explicit ALaunchedFilter(const ALaunch& inLaunch);
     ~ALaunchedFilter();
     ALaunchedFilter(const ALaunchedFilter&) = delete;
@@ -45,8 +39,11 @@ public:
     /// True when it sleeps in a system call that reads or writes descriptor inDescriptor.
     [[nodiscard]] bool IsBlockedOn(int inDescriptor) const;
 
-    /// None when it still runs after that time.
-    [[nodiscard]] std::optional<AEnd> Wait(std::chrono::milliseconds inLimit = std::chrono::seconds(100));
+    /// KiB that were resident at most so far.
+    [[nodiscard]] long GetMostMemory() const;
+
+    /// The exit status, or 128 + signal when a signal ended it. None when it still runs after that time.
+    [[nodiscard]] std::optional<int> Wait(std::chrono::milliseconds inLimit = std::chrono::seconds(100));
 
 private:
     pid_t fChild;
