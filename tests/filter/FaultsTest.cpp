@@ -6,6 +6,7 @@
 #include <thread>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "Launch.h"
@@ -248,6 +249,30 @@ TEST(Faults, ATerminationMayComeAtAnyMoment)
         run.Start();
         WriteAll(run.fInput.fWrite.Get(), std::string_view(job).substr(0, fed));
         Terminate(run);
+    }
+}
+
+TEST(Faults, AConverterEndsWithTheFilter)
+{
+    // A signal that can be caught ends what the converter started, too.
+    for (const auto& [signal, last] : {std::pair(SIGTERM, "sleep 1000\n:"), std::pair(SIGKILL, "exec sleep 1000")})
+    {
+        AFaultyRun run(kStored);
+        const std::string fifo = run.fFolder.GetPath("fifo");
+        mkfifo(fifo.c_str(), 0600);
+        const std::string script =
+            run.fFolder.Write("bin/filter/gstopdf", "#!/bin/sh\nexec 9>" + fifo + "\n" + last + "\n");
+        std::filesystem::permissions(script, std::filesystem::perms::owner_all);
+        run.fLaunch.fEnvironment["CUPS_SERVERBIN"] = run.fFolder.GetPath("bin");
+        run.fLaunch.fEnvironment["PATH"] = "/usr/bin:/bin";
+        run.fLaunch.fEnvironment.erase("CONTENT_TYPE");
+        run.Start();
+        WriteAll(run.fInput.fWrite.Get(), MakeJob(1));
+        run.fInput.fWrite.Close();
+        const ADescriptor alive(fifo, O_RDONLY);
+        run.fFilter->Signal(signal);
+        EXPECT_EQ(run.fFilter->Wait(), 128 + signal);
+        EXPECT_EQ(ReadToEnd(alive.Get()), "") << "ends when the converter has ended";
     }
 }
 
