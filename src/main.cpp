@@ -151,7 +151,7 @@ int RunJob(ACupsFile& ioInput, ACupsFile& ioOutput)
     {
         return FailWithLoss("Unable to write the print job", ioOutput.GetWriteError());
     }
-    if (ioInput.IsError())
+    if (ioInput.IsError() || pagesManager.IsInputCut())
     {
         WriteStatusLine(STDERR_FILENO, "ERROR: Unable to read the whole print job");
         return kJobFailed;
@@ -163,8 +163,9 @@ int RunJob(ACupsFile& ioInput, ACupsFile& ioOutput)
 
 int main(int argc, char** argv, char** envp)
 {
-    // A closed pipe is an error of writing like any other: told, not deadly.
+    // A closed pipe or a full file is an error of writing like any other: told, not deadly.
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     LoggerSetLogLevel(kLogTrace);
     LoggerSetLogToFile(nullptr);
     LoggerSetFormat("DEBUG: %msg");

@@ -31,8 +31,7 @@ void AFileReader::CheckPageNumber(const AJobLine& inLine)
 {
     const ASettingsStore& settings = ASettingsStore::GetInstance();
     const auto info = PSF::GetPageInfoFromPSPageInvocation(inLine.GetVisibleText());
-    const unsigned copies = settings.fCollate ? fPagesManager.GetNumberOfCopies() : 1;
-    const unsigned pagesPerCopy = fPagesManager.GetOriginalNumberOfPages() / copies;
+    const unsigned pagesPerCopy = fPagesManager.GetOriginalNumberOfPages() / fPagesManager.GetCopiesInDocument();
     if (info && pagesPerCopy != 0)
     {
         const auto ordinal = static_cast<unsigned>(info->fOrdinal);

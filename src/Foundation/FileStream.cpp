@@ -206,3 +206,12 @@ int AFileStream::SetPosition(std::int64_t inOffset, int inWhence)
     fReadError = 0;
     return 0;
 }
+
+bool AFileStream::LendFromStart()
+{
+    const bool isWhole = Flush();
+    // Nothing may be taken for buffered that the other process moves away from.
+    fBegin = fEnd = 0;
+    fFilePosition = 0;
+    return lseek(fDescriptor, 0, SEEK_SET) == 0 && isWhole;
+}

@@ -66,6 +66,10 @@ public:
     /// As fseek: 0, or -1 when the file cannot be positioned.
     int SetPosition(std::int64_t inOffset, int inWhence);
 
+    /// Positions the descriptor itself at its start, for another process that shares it. What that process leaves of
+    /// its position does not matter: call SetPosition before the stream is used again. False when it cannot be done.
+    [[nodiscard]] bool LendFromStart();
+
 private:
     [[nodiscard]] std::size_t GetNextReadSize(std::size_t inLimit) const;
     void MoveBufferedToFront();

@@ -83,6 +83,7 @@ void APagesManager::StoreInputInFile(ACupsFile& ioInput)
         fFeaturesText = spooler.TakeFeaturesText();
         fTempFile.Rewind();
         fStorageError = fTempFile.GetWriteError();
+        fInputIsCut = ioInput.IsError();
     }
     else
     {

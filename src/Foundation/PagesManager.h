@@ -33,6 +33,9 @@ public:
     /// printed.
     [[nodiscard]] int GetStorageError() const { return fStorageError; }
 
+    /// True when the job could not be read to its end while it was stored.
+    [[nodiscard]] bool IsInputCut() const { return fInputIsCut; }
+
     /// Pages counted while the job was stored; 0 when it was not.
     [[nodiscard]] unsigned GetOriginalNumberOfPages() const { return fPages.fOriginalNumberOfPages; }
 
@@ -82,4 +85,5 @@ private:
     std::string fFeaturesText; ///< feature blocks of the job that cleaning it loses
     unsigned fCurrentPageNumber = 0;
     int fStorageError = 0;
+    bool fInputIsCut = false;
 };
