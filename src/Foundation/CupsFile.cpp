@@ -189,11 +189,6 @@ int ACupsFile::GetFileDescriptor() const
     return IsOpen() ? fStream->GetBytes().GetDescriptor() : -1;
 }
 
-int ACupsFile::Lend()
-{
-    return IsOpen() ? fStream->GetBytes().Lend() : -1;
-}
-
 AJobLine ACupsFile::ReadLine(std::size_t inBufferSize, bool& outIsEOF)
 {
     outIsEOF = !IsOpen();
