@@ -80,7 +80,7 @@ bool TakeRealIds(gid_t inGroup, uid_t inUser)
 
 void ResetSignals()
 {
-    for (const int signal : {SIGTERM, SIGCHLD, SIGPIPE, SIGINT, SIGHUP})
+    for (const int signal : {SIGTERM, SIGCHLD, SIGPIPE, SIGXFSZ, SIGINT, SIGHUP})
     {
         std::signal(signal, SIG_DFL);
     }

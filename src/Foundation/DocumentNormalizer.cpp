@@ -191,9 +191,8 @@ int ADocumentNormalizer::MakePDF(ACupsFile& ioFile, ACupsFile& outPDF)
     toPDF.fPath = FindFilter("/usr/libexec/cups/filter/pstopdffilter", "gstopdf");
     toPDF.fArguments = MakeArguments();
     toPDF.fEnvironment = MakeEnvironment();
-    toPDF.fStandardInput = ioFile.GetFileDescriptor();
+    toPDF.fStandardInput = ioFile.Lend();
     toPDF.fStandardOutput = outPDF.GetFileDescriptor();
-    lseek(toPDF.fStandardInput, 0, SEEK_SET);
     return ExecuteProcess(toPDF);
 }
 
@@ -212,6 +211,6 @@ bool ADocumentNormalizer::CopyWithoutCopies(ACupsFile& ioFile, ACupsFile& outCop
     ioFile.Rewind();
     DropCopies(ioFile, &outCopy);
     outCopy.Rewind();
-    fStorageError = outCopy.GetWriteError();
+    fStorageError = outCopy.GetWriteError() != 0 ? outCopy.GetWriteError() : ioFile.GetReadError();
     return fStorageError == 0;
 }

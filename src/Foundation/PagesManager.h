@@ -15,6 +15,9 @@ class APagesManager final : public AFilterObject
 public:
     static APagesManager& GetInstance();
 
+    /// For GetInstance, and for a test that wants one of its own.
+    APagesManager() = default;
+
     /// Decides what the job needs, and stores the job when it needs anything. False when no printer description is
     /// open, and when the stored copy lost bytes (see GetStorageError).
     [[nodiscard]] bool Initialize(ACupsFile& ioInput);
@@ -29,8 +32,8 @@ public:
     /// from its start. On false ioInput holds the whole job in its old order.
     [[nodiscard]] bool ReorderPages(ACupsFile& ioInput);
 
-    /// The errno of the first write to a temporary file that failed; 0: none did. A job that lost bytes must not be
-    /// printed.
+    /// The errno of the first write to a temporary file, or read from one, that failed; 0: none did. A job that lost
+    /// bytes must not be printed.
     [[nodiscard]] int GetStorageError() const { return fStorageError; }
 
     /// Pages counted while the job was stored; 0 when it was not.
@@ -57,8 +60,6 @@ public:
     void SetCurrentPageNumber(unsigned inNumber) { fCurrentPageNumber = inNumber; }
 
 private:
-    APagesManager() = default;
-
     void CheckPagesPerSheet();
     void CheckNumberOfCopies();
     void CheckPortrait();
