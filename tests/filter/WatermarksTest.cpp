@@ -4,14 +4,14 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <regex>
 #include <sstream>
 
 #include "TemporaryFolder.h"
 #include "TestSupport.h"
 
-using testing::EndsWith;
+using testing::ContainsRegex;
 using testing::HasSubstr;
+using testing::MatchesRegex;
 using testing::Not;
 
 namespace
@@ -78,19 +78,15 @@ TEST(Watermarks, StoreTheTextOnceAsOutlines)
     const auto setup = Between(output, "%%BeginSetup\n", "%%EndSetup\n");
     ASSERT_TRUE(setup);
     const std::string number = "-?[0-9]+\\.[0-9]{6}";
-    EXPECT_TRUE(std::regex_search(
-        *setup,
-        std::regex("^\\[\\{\n%%BeginFeature: \\*VXwmrSwitch Watermark\nglobaldict /VXwmAngle -30 put\nglobaldict "
-                   "/VXwmAngleOrig -30 put\nuserdict /VXwmDrawing \\{\n-" +
-                   number + " -" + number + " translate\n\\{(\\{ \\{( " + number + "){4} 0 0\n(( " + number +
-                   ")+\n)+ \\}\n< 00 01\n( 0[246]| 0A\n)+ >\n \\} ustroke\n){2}")))
-        << *setup;
+    EXPECT_THAT(*setup,
+                ContainsRegex("^\\[\\{\n%%BeginFeature: \\*VXwmrSwitch Watermark\nglobaldict /VXwmAngle -30 put\n"
+                              "globaldict /VXwmAngleOrig -30 put\nuserdict /VXwmDrawing \\{\n-" +
+                              number + " -" + number + " translate\n\\{(\\{ \\{( " + number + "){4} 0 0\n(( " + number +
+                              ")+\n)+ \\}\n< 00 01\n( 0[246]| 0A\n)+ >\n \\} ustroke\n){2}"));
     EXPECT_EQ(Count(*setup, "ustroke"), 4U) << "a blank is a glyph too";
     const std::string painting = setup->substr(setup->find(" } exec\n"));
-    EXPECT_TRUE(std::regex_match(painting, std::regex(" \\} exec\n\\} bind put\n\n\n%% [^\n]*\nuserdict /VXwmDraw\n"
-                                                      "(.|\n)*grestore\n\\} bind put\n%%EndFeature\n"
-                                                      "\\} stopped cleartomark\n")))
-        << painting;
+    EXPECT_THAT(painting, MatchesRegex(" \\} exec\n\\} bind put\n\n\n%% [^\n]*\nuserdict /VXwmDraw\n(.|\n)*grestore\n"
+                                       "\\} bind put\n%%EndFeature\n\\} stopped cleartomark\n"));
     EXPECT_EQ(Count(output, "/VXwmDrawing {"), 1U);
 }
 
