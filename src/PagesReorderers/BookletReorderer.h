@@ -8,6 +8,7 @@ struct ABookletPlan
     unsigned fCopies = 1; ///< in the document, one behind the other
     unsigned fPagesPerCopy = 1;
     bool fBackCover = false;     ///< the last page goes on the outside
+    bool fIsCollated = false;    ///< a document of several copies: only one or two pages of it get a back cover
     bool fIsRightToLeft = false; ///< left and right halves change places
 };
 
