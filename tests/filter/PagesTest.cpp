@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstdlib>
 
 #include <gtest/gtest.h>
 
@@ -316,4 +317,25 @@ TEST(PagesStorage, WhatCannotBeStoredIsReadWhereItIs)
     EXPECT_EQ(ShowPages(RunFilter(run).fOutput), "3 2 1");
     run.fEnvironment["TMPDIR"] = "/nonexistent";
     EXPECT_EQ(ShowPages(RunFilter(run).fOutput), "3 2 1");
+}
+
+TEST(PagesStorage, AJobThatCannotBeReadIsNotDone)
+{
+    const ATemporaryFolder folder;
+    const std::string ppd = folder.Write("printer.ppd", MakeSimplexPPD(kFaceUp));
+    const std::string log = folder.GetPath("log");
+    const std::string command =
+        "PPD=" + ppd + " CONTENT_TYPE=application/pdf " + VX_FILTER_PATH + " 1 user title 1 '' </ >/dev/null 2>" + log;
+    EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), 1) << "a folder is no job";
+    EXPECT_EQ(std::system(("grep -q ^ERROR: " + log).c_str()), 0);
+}
+
+TEST(Pages, WithoutWholeCopiesEachPageHasItsOwnNumber)
+{
+    AFilterRun run = ReverseRun(MakeJob(5));
+    run.fOptions = "collate=true";
+    run.fCopies = "2";
+    EXPECT_TRUE(RunFilter(run).IsLogged("Current page number is 5\n"));
+    run.fJob = MakeJob(6);
+    EXPECT_FALSE(RunFilter(run).IsLogged("Current page number is 4\n"));
 }
