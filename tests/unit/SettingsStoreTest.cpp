@@ -224,7 +224,7 @@ TEST(SettingsStore, Orientation)
              ACase{"PMPageOrientation=4", "", "face-down 0"},
              ACase{"PMPageOrientation=4 orientation-requested=4", "", "native face-down 2", kNative},
              ACase{"PMPageOrientation=3", "", "native face-down 1", kNative},
-             ACase{"orientation-requested=4", "", "native face-down 0", kNative},
+             ACase{"orientation-requested=4", "", "native face-down 1", kNative},
          })
     {
         Check(example);
