@@ -23,6 +23,43 @@ namespace
 constexpr int kRounds = 5;
 constexpr int kStartUpRuns = 40;
 
+/// What the measured features need and nothing else: a printer with many abilities keeps every job line by line.
+constexpr const char* kPPD = R"ppd(*PPD-Adobe: "4.3"
+*FormatVersion: "4.3"
+*FileVersion: "1.0"
+*LanguageVersion: English
+*LanguageEncoding: ISOLatin1
+*PCFileName: "BENCH.PPD"
+*Manufacturer: "Bench"
+*Product: "(Bench)"
+*ModelName: "Bench"
+*ShortNickName: "Bench"
+*NickName: "Bench"
+*PSVersion: "(3010) 0"
+*LanguageLevel: "3"
+*ColorDevice: True
+*DefaultColorSpace: RGB
+*FileSystem: False
+*OpenUI *PageSize: PickOne
+*DefaultPageSize: A4
+*PageSize A4: "<</PageSize[595 842]>>setpagedevice"
+*CloseUI: *PageSize
+*DefaultImageableArea: A4
+*ImageableArea A4: "12 12 583 829.4"
+*DefaultPaperDimension: A4
+*PaperDimension A4: "595 842"
+*MirrorPrint: "True"
+*VXwmrSwitch: "True"
+*VXBookletFilter: "True"
+*VXFaceOrientation: "True"
+)ppd";
+constexpr const char* kDuplexUnit = R"ppd(*OpenUI *Duplex: PickOne
+*DefaultDuplex: None
+*Duplex None: "<</Duplex false>>setpagedevice"
+*Duplex DuplexNoTumble: "<</Duplex true/Tumble false>>setpagedevice"
+*CloseUI: *Duplex
+)ppd";
+
 struct AProgram
 {
     std::string fName;
@@ -52,6 +89,12 @@ public:
     }
     AJobFolder(const AJobFolder&) = delete;
     AJobFolder& operator=(const AJobFolder&) = delete;
+
+    [[nodiscard]] std::string WritePPD(const std::string& inName, const std::string& inText) const
+    {
+        std::ofstream(fPath / inName) << inText;
+        return fPath / inName;
+    }
 
     /// A job of pages of 15,000 bytes each, as a converter writes them.
     [[nodiscard]] std::string WriteJob(int inPages) const
@@ -185,26 +228,28 @@ std::vector<std::string> With(const std::string& inPPD, std::vector<std::string>
 
 std::vector<std::string> PsTops(const std::string& inOptions)
 {
-    return With(VX_PPD_PATH, {"/usr/lib/cups/filter/pstops", "1", "user", "title", "1", inOptions});
+    return {"/usr/lib/cups/filter/pstops", "1", "user", "title", "1", inOptions};
 }
 
-std::vector<AProgram> MakePrograms()
+std::vector<AProgram> MakePrograms(const AJobFolder& inFolder)
 {
+    const std::string duplex = inFolder.WritePPD("duplex.ppd", std::string(kPPD) + kDuplexUnit);
+    const std::string simplex = inFolder.WritePPD("simplex.ppd", kPPD);
     const std::string faceUp = "VXFaceOrientation=FaceUp OutputOrder=Reverse sides=two-sided-long-edge media=A4";
     const std::string booklet = "VXBookletFilter=True VXBookletPaperSize=A4 media=A4";
     const std::string byHand = "VXManualDuplexSupport=True VXManualDuplexSwitch=True media=A4";
     const std::string mark = "VXwmrSwitch=Overlay VXwmCodedTextMessage=Draft";
     return {{"cat", {"env", "cat"}},
-            {"pstops", PsTops("")},
-            {"pstops reversed", PsTops("OutputOrder=Reverse")},
+            {"pstops", With(duplex, PsTops(""))},
+            {"pstops reversed", With(duplex, PsTops("OutputOrder=Reverse"))},
             {"psbook", {"psbook", "-q"}},
             {"psselect reversed", {"psselect", "-q", "-r"}},
-            {"block mode", With(VX_PPD_PATH, Filter(""))},
-            {"line mode", With(VX_PPD_PATH, Filter("MirrorPrint=True"))},
-            {"reverse", With(VX_PPD_PATH, Filter(faceUp))},
-            {"booklet", With(VX_PPD_PATH, Filter(booklet))},
-            {"manual duplex", With(VX_MANUAL_PPD_PATH, Filter(byHand))},
-            {"watermark", With(VX_PPD_PATH, Filter(mark))}};
+            {"block mode", With(duplex, Filter(""))},
+            {"line mode", With(duplex, Filter("MirrorPrint=True"))},
+            {"reverse", With(duplex, Filter(faceUp))},
+            {"booklet", With(duplex, Filter(booklet))},
+            {"manual duplex", With(simplex, Filter(byHand))},
+            {"watermark", With(duplex, Filter(mark))}};
 }
 
 void PrintTable(const std::vector<AProgram>& inPrograms)
@@ -218,9 +263,10 @@ void PrintTable(const std::vector<AProgram>& inPrograms)
     }
 }
 
-void PrintStartUp(const std::string& inJob)
+void PrintStartUp(const AJobFolder& inFolder, const std::string& inJob)
 {
-    std::vector<AProgram> programs = {MakePrograms()[1], MakePrograms()[5], MakePrograms()[6], MakePrograms()[10]};
+    const std::vector<AProgram> all = MakePrograms(inFolder);
+    std::vector<AProgram> programs = {all[1], all[5], all[6], all[10]};
     Run(programs, inJob, kStartUpRuns);
     std::printf("\nOne page:\n");
     for (const AProgram& program : programs)
@@ -231,9 +277,9 @@ void PrintStartUp(const std::string& inJob)
 }
 
 /// Time at four times the pages, in times the time.
-void PrintGrowth(const std::vector<AProgram>& inPrograms, const std::string& inQuarterJob)
+void PrintGrowth(const AJobFolder& inFolder, const std::vector<AProgram>& inPrograms, const std::string& inQuarterJob)
 {
-    std::vector<AProgram> programs = MakePrograms();
+    std::vector<AProgram> programs = MakePrograms(inFolder);
     programs.erase(programs.begin(), programs.begin() + 5);
     Run(programs, inQuarterJob, 3);
     std::printf("\nFour times the pages:\n");
@@ -253,10 +299,10 @@ int main(int argc, char** argv)
     const std::string job = folder.WriteJob(pages);
     std::printf("%d pages, %.0f MB, %d rounds\n", pages, static_cast<double>(std::filesystem::file_size(job)) / 1e6,
                 kRounds);
-    std::vector<AProgram> programs = MakePrograms();
+    std::vector<AProgram> programs = MakePrograms(folder);
     Run(programs, job, kRounds);
     PrintTable(programs);
-    PrintStartUp(folder.WriteJob(1));
-    PrintGrowth(programs, folder.WriteJob(pages / 4));
+    PrintStartUp(folder, folder.WriteJob(1));
+    PrintGrowth(folder, programs, folder.WriteJob(pages / 4));
     return 0;
 }

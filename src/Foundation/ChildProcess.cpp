@@ -132,16 +132,17 @@ void ResetSignals()
     sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
+/// From now on this process ends with its parent. False when the parent has ended before.
+bool EndWithParent(pid_t inParent)
+{
+    return prctl(PR_SET_PDEATHSIG, SIGTERM) == 0 && getppid() == inParent;
+}
+
 /// Runs in the child, between fork and execve: nothing here may allocate.
 [[noreturn]] void BecomeProgram(const AChildProcess& inProcess, char* const* inArguments, char* const* inEnvironment,
                                 int inErrors, pid_t inParent)
 {
     setpgid(0, 0);
-    prctl(PR_SET_PDEATHSIG, SIGTERM);
-    if (getppid() != inParent)
-    {
-        _exit(ESRCH);
-    }
     const int input = inProcess.fStandardInput >= 0 ? inProcess.fStandardInput : open("/dev/null", O_RDONLY);
     dup2(input, STDIN_FILENO);
     dup2(inProcess.fStandardOutput, STDOUT_FILENO);
@@ -155,7 +156,8 @@ void ResetSignals()
     static_cast<void>(setgroups(0, nullptr));
     umask(077);
     ResetSignals();
-    if (TakeRealIds(group, user))
+    // A change of ids forgets what is to happen at the parent's end.
+    if (TakeRealIds(group, user) && EndWithParent(inParent))
     {
         execve(inProcess.fPath.c_str(), inArguments, inEnvironment);
         std::perror(inProcess.fPath.c_str());

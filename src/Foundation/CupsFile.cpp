@@ -40,6 +40,14 @@ bool IsKind(int inDescriptor, mode_t inKind)
     return fstat(inDescriptor, &info) == 0 && (info.st_mode & S_IFMT) == inKind;
 }
 
+bool AreSameFile(int inDescriptor, int inOther)
+{
+    struct stat info = {};
+    struct stat other = {};
+    return fstat(inDescriptor, &info) == 0 && fstat(inOther, &other) == 0 && info.st_dev == other.st_dev &&
+           info.st_ino == other.st_ino;
+}
+
 constexpr int kPipeSize = 1024 * 1024;
 
 } // namespace
@@ -86,7 +94,7 @@ bool ACupsFile::OpenForReadAndWrite()
     return Open(O_RDWR | O_CREAT | O_TRUNC);
 }
 
-bool ACupsFile::OpenForDump()
+bool ACupsFile::OpenForDump(const ACupsFile* inSource)
 {
     Close();
     // Without O_NONBLOCK a pipe at that place would hold the job until somebody reads it.
@@ -96,7 +104,8 @@ bool ACupsFile::OpenForDump()
     {
         return false;
     }
-    if (!IsKind(descriptor, S_IFREG) || ftruncate(descriptor, 0) != 0)
+    const bool isSource = inSource != nullptr && AreSameFile(descriptor, inSource->GetFileDescriptor());
+    if (!IsKind(descriptor, S_IFREG) || isSource || ftruncate(descriptor, 0) != 0)
     {
         close(descriptor);
         return false;
@@ -125,8 +134,9 @@ bool ACupsFile::OpenStandardStream(int inDescriptor)
 {
     Close();
     fName.clear();
-    // A descriptor that the caller closed before it started us would be a file of ours by now or later.
-    if (fcntl(inDescriptor, F_GETFD) < 0) // NOLINT(*-vararg)
+    // What the caller closed before it started us is held by a descriptor that nothing goes through.
+    const int flags = fcntl(inDescriptor, F_GETFL); // NOLINT(*-vararg)
+    if (flags < 0 || (flags & O_PATH) != 0)
     {
         return false;
     }
@@ -179,6 +189,11 @@ int ACupsFile::GetFileDescriptor() const
     return IsOpen() ? fStream->GetBytes().GetDescriptor() : -1;
 }
 
+int ACupsFile::Lend()
+{
+    return IsOpen() ? fStream->GetBytes().Lend() : -1;
+}
+
 AJobLine ACupsFile::ReadLine(std::size_t inBufferSize, bool& outIsEOF)
 {
     outIsEOF = !IsOpen();
@@ -204,6 +219,12 @@ std::size_t ACupsFile::CopyBlock(ACupsFile& outCopy, std::size_t inSize, char in
 {
     const bool areOpen = IsOpen() && outCopy.IsOpen();
     return areOpen ? fStream->CopyBlock(outCopy.fStream->GetBytes(), inSize, inByte, outHoldsByte) : 0;
+}
+
+std::size_t ACupsFile::CopyAvailable(ACupsFile& outCopy, std::size_t inSize, char inByte, bool& outHoldsByte)
+{
+    const bool areOpen = IsOpen() && outCopy.IsOpen();
+    return areOpen ? fStream->CopyAvailable(outCopy.fStream->GetBytes(), inSize, inByte, outHoldsByte) : 0;
 }
 
 std::size_t ACupsFile::Write(std::string_view inData)
@@ -242,7 +263,7 @@ bool ACupsFile::IsEOF() const
     return IsOpen() && fStream->GetBytes().IsEOF();
 }
 
-bool ACupsFile::IsError() const
+int ACupsFile::GetReadError() const
 {
-    return IsOpen() && fStream->GetBytes().IsError();
+    return fStream != nullptr ? fStream->GetBytes().GetReadError() : 0;
 }

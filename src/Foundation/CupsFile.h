@@ -30,9 +30,10 @@ public:
     /// A file without a name (cupsTempFd, mode 0600, unlinked at once): it lives while it is open.
     bool OpenTemporaryFile();
 
-    /// For a file at a place where others may put things: an existing one is overwritten only when it is a regular
-    /// file; a link at its place is not followed. Failures are not logged.
-    bool OpenForDump();
+    /// For a file at a place where others may put things: an existing one is overwritten only when it is a regular file
+    /// and not the open file inSource (null: none), whatever name led there; a link at its place is not followed.
+    /// Failures are not logged.
+    bool OpenForDump(const ACupsFile* inSource = nullptr);
 
     bool OpenStdinFile();
     bool OpenStdoutFile();
@@ -51,11 +52,12 @@ public:
     /// As fseek, to the start of a line: 0, or -1 when closed or not positionable.
     int SetPosition(std::int64_t inOffset, int inWhence);
 
-    /// Readies the descriptor for a child that reads the file from its start; see AFileStream::LendFromStart.
-    [[nodiscard]] bool LendFromStart() { return IsOpen() && fStream->GetBytes().LendFromStart(); }
-
     /// -1 when closed.
     [[nodiscard]] int GetFileDescriptor() const;
+
+    /// The descriptor, at the start of the file, for another program to read; -1 when closed. Whoever reads on here
+    /// must set the position first.
+    [[nodiscard]] int Lend();
     [[nodiscard]] const std::string& GetFileName() const { return fName; }
 
     /// See ALineStream; a closed file has ended.
@@ -64,9 +66,10 @@ public:
     void UnreadLine();
     [[nodiscard]] AJobLine CopyToLine(const ALineNeedles& inNeedles, ACupsFile* outCopy, bool& outIsEOF);
     std::size_t CopyBlock(ACupsFile& outCopy, std::size_t inSize, char inByte, bool& outHoldsByte);
-    [[nodiscard]] bool HasMore() { return IsOpen() && fStream->HasMore(); }
+    std::size_t CopyAvailable(ACupsFile& outCopy, std::size_t inSize, char inByte, bool& outHoldsByte);
+    [[nodiscard]] bool HasMore(std::size_t inSize) { return IsOpen() && fStream->HasMore(inSize); }
 
-    /// True when nothing but these bytes is left to read. (False, too, when more is left than the buffer holds.)
+    /// See ALineStream::IsRestOf.
     [[nodiscard]] bool IsRestOf(std::string_view inBytes) { return IsOpen() && fStream->IsRestOf(inBytes); }
 
     /// Returns the number of bytes taken: all of them, or 0 when closed, empty, or after an error.
@@ -83,7 +86,11 @@ public:
     [[nodiscard]] char GetLastWritten() const;
 
     [[nodiscard]] bool IsEOF() const;
-    [[nodiscard]] bool IsError() const;
+
+    /// The errno of the first read that failed; 0: none did. It outlives Close and a change of position: what was not
+    /// read is missing from the job for good.
+    [[nodiscard]] int GetReadError() const;
+    [[nodiscard]] bool IsError() const { return GetReadError() != 0; }
 
 private:
     bool Open(int inFlags);

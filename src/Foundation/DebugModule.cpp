@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "Foundation/ProcessWide.h"
 #include "Imaging/HostFacts.h"
 #include "Imaging/Logger.h"
 #include "Imaging/TextComparison.h"
@@ -86,8 +87,7 @@ const ADebugModule::ACommand ADebugModule::kCommands[] = {
 
 ADebugModule& ADebugModule::GetInstance()
 {
-    static ADebugModule instance;
-    return instance;
+    return AProcessWide<ADebugModule>::Get();
 }
 
 void ADebugModule::ExecuteCommandsFromInitFile(ACupsFile& ioJobFile, const char* inPath)
@@ -224,7 +224,7 @@ void ADebugModule::DumpInputPostScript(ACupsFile& ioJobFile, const std::string& 
 {
     // The job is read from the copy afterwards; a second copy to the same place would empty what it is made from.
     ACupsFile copy(inPath);
-    if (ioJobFile.GetFileName() == inPath || !copy.OpenForDump())
+    if (!copy.OpenForDump(&ioJobFile))
     {
         return;
     }
@@ -248,7 +248,8 @@ void ADebugModule::SavePPDFile(const std::string& inPath)
     const char* const path = ASettingsStore::GetEnvironmentVariable("PPD");
     ACupsFile description{std::string(path != nullptr ? path : "")};
     ACupsFile copy(inPath);
-    if (access(description.GetFileName().c_str(), R_OK) == 0 && description.OpenForRead() && copy.OpenForDump())
+    if (access(description.GetFileName().c_str(), R_OK) == 0 && description.OpenForRead() &&
+        copy.OpenForDump(&description))
     {
         CopyWhole(description, copy);
         fchmod(copy.GetFileDescriptor(), 0666);
@@ -308,7 +309,8 @@ std::string MakeTestCaseFolder(const std::string& inName)
         close(folder);
         folder = next;
     }
-    const bool isMade = folder >= 0 && fchmod(folder, inName.empty() ? 01777 : 0777) == 0;
+    const bool isTmp = inName.find_first_not_of("./") == std::string::npos;
+    const bool isMade = folder >= 0 && fchmod(folder, isTmp ? 01777 : 0777) == 0;
     if (folder >= 0)
     {
         close(folder);

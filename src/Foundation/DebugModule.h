@@ -20,6 +20,9 @@ class ADebugModule final : public AFilterObject
 public:
     static ADebugModule& GetInstance();
 
+    /// For GetInstance.
+    ADebugModule() = default;
+
     /// Executes the commands of the file at inPath (null: "/tmp/vxpsfilterinit"), one a line. A command that copies the
     /// input makes ioJobFile the copy, rewound.
     void ExecuteCommandsFromInitFile(ACupsFile& ioJobFile, const char* inPath);
@@ -42,8 +45,6 @@ private:
     };
 
     static const ACommand kCommands[];
-
-    ADebugModule() = default;
 
     void ExecuteCommand(ACupsFile& ioJobFile, const std::vector<std::string>& inComponents);
     void RunDumpJobSettings(ACupsFile& ioJobFile, const std::vector<std::string>& inComponents);

@@ -195,9 +195,9 @@ int ADocumentNormalizer::MakePDF(ACupsFile& ioFile, ACupsFile& outPDF)
     toPDF.fPath = FindFilter("/usr/libexec/cups/filter/pstopdffilter", "gstopdf");
     toPDF.fArguments = MakeArguments();
     toPDF.fEnvironment = MakeEnvironment();
-    toPDF.fStandardInput = ioFile.GetFileDescriptor();
+    toPDF.fStandardInput = ioFile.Lend();
     toPDF.fStandardOutput = outPDF.GetFileDescriptor();
-    return ioFile.LendFromStart() ? ExecuteProcess(toPDF) : -1;
+    return ExecuteProcess(toPDF);
 }
 
 /// A job that states no copies needs no copy of itself: outCopy stays closed.
@@ -215,6 +215,6 @@ bool ADocumentNormalizer::CopyWithoutCopies(ACupsFile& ioFile, ACupsFile& outCop
     ioFile.Rewind();
     DropCopies(ioFile, &outCopy);
     outCopy.Rewind();
-    fStorageError = outCopy.GetWriteError();
+    fStorageError = outCopy.GetWriteError() != 0 ? outCopy.GetWriteError() : ioFile.GetReadError();
     return fStorageError == 0;
 }

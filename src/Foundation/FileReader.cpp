@@ -29,13 +29,13 @@ AJobLine AFileReader::Note(AJobLine inLine)
 
 void AFileReader::CheckPageNumber(const AJobLine& inLine)
 {
-    const ASettingsStore& settings = ASettingsStore::GetInstance();
     const auto info = PSF::GetPageInfoFromPSPageInvocation(inLine.GetVisibleText());
     const unsigned pagesPerCopy = fPagesManager.GetOriginalNumberOfPages() / fPagesManager.GetCopiesInDocument();
     if (info && pagesPerCopy != 0)
     {
         const auto ordinal = static_cast<unsigned>(info->fOrdinal);
-        SetCurrentPageNumber(GetLogicalPageNumber(ordinal, pagesPerCopy, settings.fShouldReversePages));
+        const bool isReversed = ASettingsStore::GetInstance().fShouldReversePages;
+        SetCurrentPageNumber(GetLogicalPageNumber(ordinal, pagesPerCopy, isReversed));
     }
 }
 

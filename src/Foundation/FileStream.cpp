@@ -159,10 +159,16 @@ bool AFileStream::WriteOut(std::string_view inData)
     while (!inData.empty())
     {
         const ssize_t count = write(fDescriptor, inData.data(), inData.size());
-        if (count >= 0)
+        if (count > 0)
         {
             inData.remove_prefix(static_cast<std::size_t>(count));
             fFilePosition += count;
+        }
+        else if (count == 0)
+        {
+            // No device takes nothing and means to take more.
+            fWriteError = EIO;
+            return false;
         }
         else if (errno != EINTR && !(errno == EAGAIN && WaitUntilReady(POLLOUT)))
         {
@@ -203,15 +209,13 @@ int AFileStream::SetPosition(std::int64_t inOffset, int inWhence)
         fReadSize = kReadAfterJump;
     }
     fIsEOF = false;
-    fReadError = 0;
     return 0;
 }
 
-bool AFileStream::LendFromStart()
+int AFileStream::Lend()
 {
-    const bool isWhole = Flush();
-    // Nothing may be taken for buffered that the other process moves away from.
+    static_cast<void>(Flush());
     fBegin = fEnd = 0;
-    fFilePosition = 0;
-    return lseek(fDescriptor, 0, SEEK_SET) == 0 && isWhole;
+    fFilePosition = std::max<off_t>(0, lseek(fDescriptor, 0, SEEK_SET));
+    return fDescriptor;
 }

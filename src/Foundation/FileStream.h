@@ -10,8 +10,9 @@
 /// Whoever holds the stream reads on where the last reader stopped. A stream is either being read or being written; a
 /// change of position (SetPosition) is what turns it from one to the other.
 ///
-/// Errors of writing are sticky: after the first failed write every later one fails too, the first errno is kept, and
-/// Flush tells. The destructor closes the descriptor but cannot report: call Flush before to avoid loss of data.
+/// Errors are sticky: after the first failed read or write every later one fails too, and the first errno is kept;
+/// Flush tells whether bytes were lost. The destructor closes the descriptor but cannot report: call Flush before to
+/// avoid loss of data.
 class AFileStream
 {
 public:
@@ -46,7 +47,9 @@ public:
     void Unconsume(std::size_t inSize);
 
     [[nodiscard]] bool IsEOF() const { return fIsEOF; }
-    [[nodiscard]] bool IsError() const { return fReadError != 0; }
+
+    /// The errno of the first read that failed, after which nothing more is read; 0: none did.
+    [[nodiscard]] int GetReadError() const { return fReadError; }
 
     /// Returns the number of bytes taken: all of them, or 0 after an error.
     std::size_t Write(std::string_view inData);
@@ -66,9 +69,9 @@ public:
     /// As fseek: 0, or -1 when the file cannot be positioned.
     int SetPosition(std::int64_t inOffset, int inWhence);
 
-    /// Positions the descriptor itself at its start, for another process that shares it. What that process leaves of
-    /// its position does not matter: call SetPosition before the stream is used again. False when it cannot be done.
-    [[nodiscard]] bool LendFromStart();
+    /// Forgets what is buffered, goes to the start of the file and returns the descriptor, for somebody else to move
+    /// it.
+    [[nodiscard]] int Lend();
 
 private:
     [[nodiscard]] std::size_t GetNextReadSize(std::size_t inLimit) const;

@@ -31,14 +31,16 @@ std::size_t GetPieceStart(std::size_t inLineStart, std::size_t inPlace)
 
 /// Offset of what a span must leave behind: the piece that is not yet complete, and before it lines that hold nothing
 /// but end-of-job bytes. Nobody can know whether they end the job before the file ends, and what is missing from a job
-/// goes in front of them.
+/// goes in front of them. Of more than the longest rest only the last lines can end it.
 std::size_t GetSpanEnd(std::string_view inText)
 {
     const std::size_t piece = GetPieceStart(AfterLastLineEnd(inText), inText.size());
     const std::size_t marks = inText.find_last_not_of("\x04\r\n") + 1;
     const bool areLines = marks < inText.size() && inText[marks] != '\x04';
     const std::size_t lineStart = AfterLastLineEnd(inText.substr(0, marks));
-    return std::min(piece, areLines ? inText.find('\x04', marks) : GetPieceStart(lineStart, marks));
+    const std::size_t firstMark = areLines ? inText.find('\x04', marks) : GetPieceStart(lineStart, marks);
+    const std::size_t tooEarly = inText.size() - std::min(inText.size(), kLongestRest);
+    return std::min(piece, std::max(firstMark, AfterLastLineEnd(inText.substr(0, tooEarly))));
 }
 
 /// Bytes of the line that opens the text, its line end included; npos when the text holds no line end.
@@ -148,25 +150,38 @@ void ALineStream::NoteConsumed(std::string_view inText)
     }
 }
 
+std::size_t ALineStream::CopyAvailable(AFileStream& outCopy, std::size_t inSize, char inByte, bool& outHoldsByte)
+{
+    if (!HasMore(inSize))
+    {
+        return 0;
+    }
+    const std::string_view data = fBytes.GetBuffered().substr(0, inSize);
+    outHoldsByte = outHoldsByte || data.find(inByte) != std::string_view::npos;
+    outCopy.Write(data);
+    fStart = IsLineEnd(data.back()) ? ALineStart::kAtLineStart : ALineStart::kInsideLine;
+    fBytes.Consume(data.size());
+    return data.size();
+}
+
 std::size_t ALineStream::CopyBlock(AFileStream& outCopy, std::size_t inSize, char inByte, bool& outHoldsByte)
 {
-    std::size_t left = inSize;
-    while (left != 0 && (!fBytes.GetBuffered().empty() || fBytes.Fill(left)))
+    std::size_t done = 0;
+    for (std::size_t size = 1; size != 0 && done != inSize; done += size)
     {
-        const std::string_view data = fBytes.GetBuffered().substr(0, left);
-        outHoldsByte = outHoldsByte || data.find(inByte) != std::string_view::npos;
-        outCopy.Write(data);
-        fStart = IsLineEnd(data.back()) ? ALineStart::kAtLineStart : ALineStart::kInsideLine;
-        fBytes.Consume(data.size());
-        left -= data.size();
+        size = CopyAvailable(outCopy, inSize - done, inByte, outHoldsByte);
     }
-    return inSize - left;
+    return done;
 }
 
 bool ALineStream::IsRestOf(std::string_view inBytes)
 {
     while (fBytes.GetBuffered().find_first_not_of(inBytes) == std::string_view::npos)
     {
+        if (fBytes.GetBuffered().size() > kLongestRest)
+        {
+            return false;
+        }
         if (!fBytes.Fill())
         {
             return fBytes.IsEOF();

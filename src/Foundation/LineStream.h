@@ -4,6 +4,9 @@
 #include "Foundation/JobLine.h"
 #include "Foundation/LineNeedles.h"
 
+/// Bytes behind which nobody looks for the end of a job: so much may follow its first end-of-job byte.
+inline constexpr std::size_t kLongestRest = 4096;
+
 /// The lines of an open file: read one by one, or skipped at memory speed up to the next one that matters.
 ///
 /// The line is the unit of meaning, the span is the unit of copying: CopyToLine hands over exactly the lines, in
@@ -33,10 +36,14 @@ public:
     /// end of the file. Sets outHoldsByte when inByte was among them.
     std::size_t CopyBlock(AFileStream& outCopy, std::size_t inSize, char inByte, bool& outHoldsByte);
 
-    /// True when there is another byte to read.
-    [[nodiscard]] bool HasMore() { return !fBytes.GetBuffered().empty() || fBytes.Fill(); }
+    /// Copies what is there to read, at most inSize bytes, without waiting for more than the first of it. See
+    /// CopyBlock.
+    std::size_t CopyAvailable(AFileStream& outCopy, std::size_t inSize, char inByte, bool& outHoldsByte);
 
-    /// True when nothing but these bytes is left to read. (False, too, when more is left than the buffer holds.)
+    /// True when there is another byte to read; waits for it. At most inSize bytes are read on the way.
+    [[nodiscard]] bool HasMore(std::size_t inSize) { return !fBytes.GetBuffered().empty() || fBytes.Fill(inSize); }
+
+    /// True when nothing but these bytes is left to read, and not more than kLongestRest of them.
     [[nodiscard]] bool IsRestOf(std::string_view inBytes);
 
     /// Positions at the start of a line, in bytes from the start of the file. 0, or -1 when it cannot be done.

@@ -57,9 +57,9 @@ void APageScanner::ScanLine(const AJobLine& inLine)
     fEmbedded.AnalyzePostScriptLine(inLine);
     if (!fEmbedded.IsInsideEmbeddedDocument())
     {
-        if (TakesFeatures(inLine))
+        if (fRewritten != nullptr && (inLine.Holds("%%EndSetup") || (TakesFeatures(inLine) && !fFeaturesText.empty())))
         {
-            RestoreFeatures();
+            WriteFeatures(*fRewritten, std::exchange(fFeaturesText, {}));
         }
         const std::int64_t offset = GetOffsetOf(inLine);
         if (inLine.OpensWith("%%Page:"))
@@ -82,15 +82,6 @@ std::int64_t APageScanner::GetOffsetOf(const AJobLine& inLine) const
 {
     return fRewritten != nullptr ? fRewritten->GetPosition()
                                  : fStore.GetPosition() - static_cast<std::int64_t>(inLine.fText.size());
-}
-
-void APageScanner::RestoreFeatures()
-{
-    if (fRewritten != nullptr && !fFeaturesText.empty())
-    {
-        WriteFeatures(*fRewritten, fFeaturesText);
-        fFeaturesText.clear();
-    }
 }
 
 /// A list that is wanted in reverse is collected in order and turned round at the end: what would have gone to its

@@ -25,7 +25,6 @@ private:
     void ScanLine(const AJobLine& inLine);
     void ScanPage(const AJobLine& inLine, std::int64_t inOffset);
     [[nodiscard]] bool IsRepeatedPage(const AJobLine& inLine);
-    void RestoreFeatures();
     [[nodiscard]] bool IsCopyBoundary() const;
     void AddBlankPages();
     void CloseCopy();

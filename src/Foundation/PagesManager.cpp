@@ -5,14 +5,14 @@
 #include "Foundation/DocumentNormalizer.h"
 #include "Foundation/JobSpooler.h"
 #include "Foundation/PageScanner.h"
+#include "Foundation/ProcessWide.h"
 #include "Imaging/Logger.h"
 #include "Imaging/NumberText.h"
 #include "Imaging/PPDKeywords.h"
 
 APagesManager& APagesManager::GetInstance()
 {
-    static APagesManager instance;
-    return instance;
+    return AProcessWide<APagesManager>::Get();
 }
 
 bool APagesManager::Initialize(ACupsFile& ioInput)
@@ -83,7 +83,6 @@ void APagesManager::StoreInputInFile(ACupsFile& ioInput)
         fFeaturesText = spooler.TakeFeaturesText();
         fTempFile.Rewind();
         fStorageError = fTempFile.GetWriteError();
-        fInputIsCut = ioInput.IsError();
     }
     else
     {
@@ -173,7 +172,7 @@ void APagesManager::RestoreFeatures()
 bool APagesManager::TakeOver(ACupsFile& ioNewFile)
 {
     ioNewFile.Rewind();
-    fStorageError = ioNewFile.GetWriteError();
+    fStorageError = ioNewFile.GetWriteError() != 0 ? ioNewFile.GetWriteError() : fTempFile.GetReadError();
     fTempFile = ioNewFile;
     return fStorageError == 0;
 }

@@ -15,6 +15,9 @@ class APagesManager final : public AFilterObject
 public:
     static APagesManager& GetInstance();
 
+    /// For GetInstance, and for a test that wants one of its own.
+    APagesManager() = default;
+
     /// Decides what the job needs, and stores the job when it needs anything. False when no printer description is
     /// open, and when the stored copy lost bytes (see GetStorageError).
     [[nodiscard]] bool Initialize(ACupsFile& ioInput);
@@ -29,12 +32,9 @@ public:
     /// from its start. On false ioInput holds the whole job in its old order.
     [[nodiscard]] bool ReorderPages(ACupsFile& ioInput);
 
-    /// The errno of the first write to a temporary file that failed; 0: none did. A job that lost bytes must not be
-    /// printed.
+    /// The errno of the first write to a temporary file, or read from one, that failed; 0: none did. A job that lost
+    /// bytes must not be printed.
     [[nodiscard]] int GetStorageError() const { return fStorageError; }
-
-    /// True when the job could not be read to its end while it was stored.
-    [[nodiscard]] bool IsInputCut() const { return fInputIsCut; }
 
     /// Pages counted while the job was stored; 0 when it was not.
     [[nodiscard]] unsigned GetOriginalNumberOfPages() const { return fPages.fOriginalNumberOfPages; }
@@ -60,8 +60,6 @@ public:
     void SetCurrentPageNumber(unsigned inNumber) { fCurrentPageNumber = inNumber; }
 
 private:
-    APagesManager() = default;
-
     void CheckPagesPerSheet();
     void CheckNumberOfCopies();
     void CheckPortrait();
@@ -85,5 +83,4 @@ private:
     std::string fFeaturesText; ///< feature blocks of the job that cleaning it loses
     unsigned fCurrentPageNumber = 0;
     int fStorageError = 0;
-    bool fInputIsCut = false;
 };

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <utility>
 
+#include "Foundation/ProcessWide.h"
 #include "Imaging/Logger.h"
 #include "Imaging/NumberText.h"
 #include "Imaging/PPDKeywords.h"
@@ -23,8 +24,7 @@ std::int64_t MultiplyCounts(std::string_view inRows, std::string_view inColumns)
 
 ASettingsStore& ASettingsStore::GetInstance()
 {
-    static ASettingsStore instance;
-    return instance;
+    return AProcessWide<ASettingsStore>::Get();
 }
 
 void ASettingsStore::Initialize(int inArgumentCount, char** inArguments, char** inEnvironment)
@@ -62,7 +62,7 @@ const char* ASettingsStore::GetCommandLineParameter(int inIndex) const
 
 const char* ASettingsStore::GetEnvironmentVariable(const char* inName)
 {
-    return std::getenv(inName);
+    return inName != nullptr ? std::getenv(inName) : nullptr;
 }
 
 AOptionValue ASettingsStore::GetCUPSOption(std::string_view inKey, bool inOnlyIfInPPD) const

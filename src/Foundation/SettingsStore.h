@@ -38,6 +38,9 @@ class ASettingsStore
 public:
     static ASettingsStore& GetInstance();
 
+    /// For GetInstance, and for a test that wants one of its own.
+    ASettingsStore() = default;
+    ~ASettingsStore() = default;
     ASettingsStore(const ASettingsStore&) = delete;
     ASettingsStore& operator=(const ASettingsStore&) = delete;
 
@@ -116,8 +119,6 @@ private:
         int fCount = 0;
         cups_option_t* fItems = nullptr;
     };
-
-    ASettingsStore() = default;
 
     void CheckCreator();
     void CheckPageOrder();

@@ -157,17 +157,11 @@ bool ReadLine(PangoLayoutLine& inLine, ATextLine& outLine)
     return true;
 }
 
-void TurnHintingOff(FcPattern* ioPattern, gpointer)
-{
-    FcPatternDel(ioPattern, FC_HINTING);
-    FcPatternAddBool(ioPattern, FC_HINTING, FcFalse);
-}
-
+/// Without rounding, positions are those of the unhinted outlines.
 AOwned<PangoContext> CreateContext()
 {
     const AOwned<PangoFontMap> fonts(pango_ft2_font_map_new());
     pango_ft2_font_map_set_resolution(PANGO_FT2_FONT_MAP(fonts.get()), kPointsPerInch, kPointsPerInch);
-    pango_fc_font_map_set_default_substitute(PANGO_FC_FONT_MAP(fonts.get()), TurnHintingOff, nullptr, nullptr);
     AOwned<PangoContext> context(pango_font_map_create_context(fonts.get()));
     pango_context_set_round_glyph_positions(context.get(), FALSE);
     return context;
@@ -184,8 +178,8 @@ void DropMessage(const gchar* inDomain, GLogLevelFlags inLevel, const gchar* inM
 
 } // namespace
 
-extern "C" __attribute__((visibility("default"))) bool VXLayOutText(const std::string& inText,
-                                                                    const std::string& inFont, ATextLine& outLine)
+extern "C" __attribute__((visibility("default"))) bool
+VXLayOutText(const std::string& inText, const std::string& inFont, ATextLine& outLine) noexcept
 {
     g_log_set_default_handler(DropMessage, nullptr);
     const AOwned<PangoContext> context = CreateContext();

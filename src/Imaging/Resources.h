@@ -2,6 +2,7 @@
 
 #include <string>
 
-/// The folder of the files that are installed with the program, without a slash at its end: the environment variable
-/// VX_RESOURCES when it is set and not empty, else share/vxpostprocessing below the installation prefix.
+/// The folder that holds the program's property lists, message tables and guide pages: what the environment variable
+/// VX_RESOURCES names, when it is set and not empty, else the installed share/vxpostprocessing. Without a slash at its
+/// end, unless the variable has one.
 [[nodiscard]] std::string GetResourceFolder();

@@ -8,4 +8,4 @@ inline constexpr const char* kTextLayoutModule = "vxtextlayout.so";
 inline constexpr const char* kTextLayoutFunction = "VXLayOutText";
 
 /// See LayOutText. False when no font is installed.
-using ATextLayoutFunction = bool(const std::string& inText, const std::string& inFont, ATextLine& outLine);
+using ATextLayoutFunction = bool(const std::string& inText, const std::string& inFont, ATextLine& outLine) noexcept;

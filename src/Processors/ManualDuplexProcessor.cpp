@@ -12,11 +12,10 @@
 namespace
 {
 
-constexpr std::string_view kManualFeedOff = "matrix VXcurrent\n<</ManualFeed false>> setpagedevice\nVXset\n\n";
+constexpr std::string_view kManualFeedOff = "<</ManualFeed false>> setpagedevice\n";
 
 // The default matrix may change with the feed; what the page has set up is carried over.
-constexpr std::string_view kBeginSecondPass = R"(matrix VXcurrent
-mark
+constexpr std::string_view kNoteDefaultMatrix = R"(mark
 /DefM matrix defaultmatrix def
 
 )";
@@ -28,9 +27,8 @@ constexpr std::string_view kManualFeedOn = R"(<</ManualFeed true>> setpagedevice
 /DefT matrix def
 DefM1 DefM matrix invertmatrix DefT concatmatrix
 cleartomark
-VXset
-DefT concat
 )";
+constexpr std::string_view kCarryMatrixOver = "DefT concat\n";
 
 constexpr unsigned kGuidePages = 2;                         ///< one a pass
 constexpr std::string_view kUsedGuide = "recycledGuide.gz"; ///< the second one, on paper that needs no guide any more
@@ -222,7 +220,10 @@ LineProcessStatus AManualDuplexProcessor::DropDuplexFeature(const APostScriptLin
 
 void AManualDuplexProcessor::TurnOffManualFeed()
 {
+    WriteData(kSaveMatrix);
     WriteData(kManualFeedOff);
+    WriteData(kRestoreMatrix);
+    WriteData("\n");
     CompleteTask("%%EndSetup");
 }
 
@@ -310,10 +311,13 @@ void AManualDuplexProcessor::RotateGuide()
 void AManualDuplexProcessor::InjectManualFeed()
 {
     LoggerLogMessage(kLogTrace, "Inject Manual Feed\n");
-    WriteData(kBeginSecondPass);
+    WriteData(kSaveMatrix);
+    WriteData(kNoteDefaultMatrix);
     WriteData(fSecondSideCode ? std::string_view(*fSecondSideCode) : kPrintOnBackside);
     WriteData("\n");
     WriteData(kManualFeedOn);
+    WriteData(kRestoreMatrix);
+    WriteData(kCarryMatrixOver);
 }
 
 std::string AManualDuplexProcessor::MakeRotation() const

@@ -3,7 +3,7 @@
 namespace
 {
 
-constexpr std::string_view kDuplexOff = "\nmark\n\n<< /Duplex false >> setpagedevice\ncleartomark\n";
+constexpr std::string_view kDuplexOff = "mark\n\n<< /Duplex false >> setpagedevice\ncleartomark\n";
 
 constexpr ATask kTasks[] = {
     {"%%Page:", kAfterLine, "Do smart duplexing"},
@@ -41,7 +41,7 @@ LineProcessStatus ASmartDuplexProcessor::ProcessLine(APostScriptLineInfo& ioLine
 void ASmartDuplexProcessor::SwitchDuplexOff()
 {
     const bool isRedefined = GetSettingsStore().fRedefineShowpage;
-    WriteData(isRedefined ? "matrix VXcurrent" : "matrix currentmatrix");
+    WriteData(isRedefined ? kSaveMatrix : "matrix currentmatrix\n");
     WriteData(kDuplexOff);
-    WriteData(isRedefined ? "VXset\n" : "setmatrix\n");
+    WriteData(isRedefined ? kRestoreMatrix : "setmatrix\n");
 }

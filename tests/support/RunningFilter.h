@@ -1,0 +1,62 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <sys/types.h>
+#include <thread>
+
+/// The built filter while it works on a job that the test hands over piece by piece.
+class ARunningFilter
+{
+public:
+    /// Arguments "1 USER title 1 OPTIONS" and the job on standard input, with this environment and no other.
+    ARunningFilter(const std::string& inOptions, std::map<std::string, std::string> inEnvironment,
+                   const std::string& inUser = "user");
+
+    /// Kills the filter when it still runs.
+    ~ARunningFilter();
+    ARunningFilter(const ARunningFilter&) = delete;
+    ARunningFilter& operator=(const ARunningFilter&) = delete;
+
+    void Feed(std::string_view inText);
+    void EndInput();
+
+    // False when the text does not come within the time.
+    [[nodiscard]] bool WaitForOutput(std::string_view inText, int inSeconds = 10);
+    [[nodiscard]] bool WaitForLog(std::string_view inText, int inSeconds = 10);
+
+    [[nodiscard]] std::string GetOutput();
+    [[nodiscard]] std::string GetLog();
+
+    /// True while the process has not ended.
+    [[nodiscard]] bool IsRunning();
+
+    /// The exit status; minus the signal that ended it; none when it does not end within the time.
+    [[nodiscard]] std::optional<int> WaitForEnd(int inSeconds = 10);
+    void Signal(int inSignal) const;
+
+private:
+    struct AStream
+    {
+        int fDescriptor = -1;
+        std::string fText;
+        std::jthread fReader;
+    };
+
+    void ReadAll(AStream& ioStream);
+    bool WaitFor(AStream& ioStream, std::string_view inText, int inSeconds);
+    std::string GetText(AStream& ioStream);
+
+    std::mutex fMutex;
+    std::condition_variable fArrived;
+    int fInput = -1;
+    pid_t fProcess = 0;
+    std::optional<int> fStatus;
+    AStream fOutput;
+    AStream fLog;
+};

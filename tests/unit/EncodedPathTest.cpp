@@ -1,0 +1,151 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <iterator>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "ForeignLocale.h"
+#include "Imaging/NumberText.h"
+#include "Processors/EncodedPath.h"
+
+namespace
+{
+
+constexpr APathBounds kBounds{-10, -20, 30, 40};
+
+AOutlineStep MoveTo(float inX, float inY)
+{
+    return {OutlineOperator::kMoveTo, {{{inX, inY}}}};
+}
+
+AOutlineStep LineTo(float inX, float inY)
+{
+    return {OutlineOperator::kLineTo, {{{inX, inY}}}};
+}
+
+AGlyph MakeGlyph(std::vector<AOutlineStep> inOutline, float inAdvance = 0)
+{
+    return {true, inAdvance, std::move(inOutline)};
+}
+
+/// Operands and operators of the glyph as written, without what every path begins and ends with.
+std::string Encode(AEncodedPath& ioPath, const AGlyph& inGlyph)
+{
+    EXPECT_TRUE(ioPath.Encode(inGlyph));
+    const std::string begin = "{ { -10.000000 -20.000000 30.000000 40.000000 0 0\n";
+    const std::string end = " >\n } ustroke\n";
+    const std::string text(ioPath.GetText());
+    if (!text.starts_with(begin) || !text.ends_with(end))
+    {
+        return text;
+    }
+    return text.substr(begin.size(), text.size() - begin.size() - end.size());
+}
+
+std::string EncodeAlone(const AGlyph& inGlyph)
+{
+    AEncodedPath path(kBounds, "ustroke");
+    return Encode(path, inGlyph);
+}
+
+} // namespace
+
+TEST(EncodedPath, TurnsAnOutlineUpsideDownStepByStep)
+{
+    const AGlyph glyph = MakeGlyph({MoveTo(1, -2),
+                                    LineTo(4, -2.5F),
+                                    {OutlineOperator::kCurveTo, {{{5, -3}, {6, -4}, {7, -5}}}},
+                                    LineTo(8, -5),
+                                    {OutlineOperator::kClosePath, {}}});
+    EXPECT_EQ(EncodeAlone(glyph), " 1.000000 2.000000 3.000000 0.500000\n"
+                                  " 1.000000 0.500000 2.000000 1.500000 3.000000 2.500000\n"
+                                  " 1.000000 -0.000000\n"
+                                  " }\n< 00 01\n 02 04 06 04 0A\n");
+}
+
+TEST(EncodedPath, WidensTheBoundsOfALine)
+{
+    const ATextLine line{{}, 0, 50, 30, 10};
+    const APathBounds bounds = APathBounds::Around(line);
+    EXPECT_FLOAT_EQ(bounds.fLeft, -105);
+    EXPECT_FLOAT_EQ(bounds.fBottom, -114);
+    EXPECT_FLOAT_EQ(bounds.fRight, 155);
+    EXPECT_FLOAT_EQ(bounds.fTop, 134);
+}
+
+TEST(EncodedPath, ClampsEachStepAgainstTheBounds)
+{
+    struct ACase
+    {
+        float fX, fY;
+        const char* fClamped;
+    };
+    constexpr ACase kCases[] = {
+        {30, -40, " 30.000000 40.000000\n"}, {31, 0, " 30.000000 -0.000000\n"}, {-11, 0, " -10.000000 -0.000000\n"},
+        {0, 21, " 0.000000 -20.000000\n"},   {0, -41, " 0.000000 40.000000\n"}, {99, 99, " 30.000000 -20.000000\n"},
+    };
+    for (const ACase& test : kCases)
+    {
+        const std::string text = EncodeAlone(MakeGlyph({LineTo(test.fX, test.fY)}));
+        EXPECT_EQ(text, std::string(test.fClamped).append(" }\n< 00 01\n 04"));
+    }
+    // What comes next is relative to the point that was asked for, and a curve's points are clamped one by one.
+    EXPECT_EQ(EncodeAlone(MakeGlyph({LineTo(50, 0), {OutlineOperator::kCurveTo, {{{60, 0}, {81, 0}, {38, 0}}}}})),
+              " 30.000000 -0.000000\n 10.000000 -0.000000 30.000000 -0.000000 -10.000000 -0.000000\n"
+              " }\n< 00 01\n 04 06");
+}
+
+TEST(EncodedPath, StepsThePenBeforeEveryGlyphButTheFirst)
+{
+    AEncodedPath path(kBounds, "ustroke");
+    EXPECT_EQ(Encode(path, MakeGlyph({}, 12.5F)), " }\n< 00 01\n");
+    EXPECT_EQ(Encode(path, MakeGlyph({}, 12.5F)), " 12.500000 -0.000000 }\n< 00 01\n 02");
+    // The right bound moves with the pen, the left one does not.
+    EXPECT_EQ(Encode(path, MakeGlyph({LineTo(6, 0), LineTo(-5, 0)}, 5)),
+              " 25.000000 -0.000000 5.000000 -0.000000\n -10.000000 -0.000000\n }\n< 00 01\n 02 04 04");
+    // Exactly at the right bound is not beyond it.
+    EXPECT_EQ(Encode(path, MakeGlyph({}, 0.5F)), " 30.000000 -0.000000 }\n< 00 01\n 02");
+    EXPECT_FALSE(path.Encode(MakeGlyph({})));
+}
+
+TEST(EncodedPath, KeepsTheRoomOfGlyphsThatAreNotDrawn)
+{
+    AEncodedPath path(kBounds, "ustroke");
+    EXPECT_EQ(Encode(path, MakeGlyph({}, 10)), " }\n< 00 01\n");
+    EXPECT_EQ(Encode(path, {false, 5, {}}), " }\n< 00 01\n");
+    EXPECT_TRUE(path.Encode(MakeGlyph({LineTo(0, 0), MoveTo(0, 41)}, 2)));
+    EXPECT_EQ(path.GetText(), "") << "begins out of bounds";
+    EXPECT_EQ(Encode(path, MakeGlyph({})), " 17.000000 -0.000000 }\n< 00 01\n 02");
+}
+
+TEST(EncodedPath, WritesNumbersAsPrintfDoesInAnyLocale)
+{
+    std::mt19937 random(1); // NOLINT(cert-msc51-cpp): the same numbers in every run
+    std::uniform_real_distribution<float> mantissa(-1, 1);
+    std::vector<float> numbers = {0, -0.0F, 0.5e-6F, -1e-9F, std::numeric_limits<float>::max(), 16777216};
+    for (int exponent = -24; exponent < 40; ++exponent)
+    {
+        numbers.push_back(std::ldexp(mantissa(random), exponent));
+    }
+    const auto print = [](float inNumber)
+    {
+        std::array<char, 64> text{};
+        std::snprintf(text.data(), text.size(), "%f", static_cast<double>(inNumber));
+        return std::string(text.data());
+    };
+    std::vector<std::string> expected;
+    std::transform(numbers.begin(), numbers.end(), std::back_inserter(expected), print);
+    const AForeignLocale locale;
+    for (std::size_t i = 0; i < numbers.size(); ++i)
+    {
+        std::string text;
+        AppendNumber(text, numbers[i]);
+        EXPECT_EQ(text, expected[i]);
+    }
+}
