@@ -52,11 +52,11 @@ public:
     /// As fseek, to the start of a line: 0, or -1 when closed or not positionable.
     int SetPosition(std::int64_t inOffset, int inWhence);
 
-    /// Readies the descriptor for a child that reads the file from its start; see AFileStream::LendFromStart.
-    [[nodiscard]] bool LendFromStart() { return IsOpen() && fStream->GetBytes().LendFromStart(); }
-
     /// -1 when closed.
     [[nodiscard]] int GetFileDescriptor() const;
+
+    /// Readies the descriptor for a child that reads the file from its start; see AFileStream::LendFromStart.
+    [[nodiscard]] bool LendFromStart() { return IsOpen() && fStream->GetBytes().LendFromStart(); }
     [[nodiscard]] const std::string& GetFileName() const { return fName; }
 
     /// See ALineStream; a closed file has ended.
