@@ -53,6 +53,7 @@ public:
 void Start(std::vector<std::string> inWords)
 {
     std::vector<char*> arguments;
+    arguments.reserve(inWords.size() + 1);
     for (std::string& word : inWords)
     {
         arguments.push_back(word.data());

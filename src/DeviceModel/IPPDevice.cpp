@@ -27,7 +27,7 @@ bool Holds(const std::array<std::string_view, kCount>& inTexts, std::string_view
 /// The address with its URI; none when there is no URI of that length.
 std::optional<AIPPAddress> MakeAddress(const char* inScheme, const char* inHost, int inPort, const char* inResource)
 {
-    std::array<char, 2 * HTTP_MAX_URI> uri{};
+    std::array<char, 2048> uri{};
     if (httpAssembleURI(HTTP_URI_CODING_ALL, uri.data(), static_cast<int>(uri.size()), inScheme, nullptr, inHost,
                         inPort, inResource) != HTTP_URI_STATUS_OK)
     {

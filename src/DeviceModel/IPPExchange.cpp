@@ -19,10 +19,10 @@ namespace
 
 using AClock = std::chrono::steady_clock;
 
-constexpr std::chrono::milliseconds kCutTime(20);   ///< between two cuts
-constexpr int kCuts = 25;                           ///< that a thread has to notice
-constexpr int kConnectTime = 60000;                 ///< milliseconds; the asking side sets the real limit
-constexpr std::size_t kLargestAnswer = 1024 * 1024; ///< bytes; a real one has a few hundred
+constexpr std::chrono::milliseconds kCutTime(20); ///< between two cuts
+constexpr int kCuts = 25;                         ///< that a thread has to notice
+constexpr int kConnectTime = 60000;               ///< milliseconds; the asking side sets the real limit
+constexpr std::size_t kLargestAnswer = 1048576;   ///< bytes; a real one has a few hundred
 
 struct AHTTPCloser
 {

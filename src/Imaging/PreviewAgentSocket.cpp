@@ -1,15 +1,21 @@
 #include "Imaging/PreviewAgentSocket.h"
 
 #include <cstdlib>
+#include <string_view>
 #include <sys/un.h>
 
 namespace
 {
 
-constexpr const char* kVariable = "VX_PREVIEW_AGENT_SOCKET";
-
 /// With the NUL behind it.
 constexpr std::size_t kPathSpace = sizeof(sockaddr_un::sun_path);
+
+/// Empty when it is not set.
+std::string_view GetSetPath()
+{
+    const char* const path = std::getenv("VX_PREVIEW_AGENT_SOCKET");
+    return path != nullptr ? path : "";
+}
 
 bool IsFolderName(const std::string& inName)
 {
@@ -20,7 +26,7 @@ std::string FindPath(const std::string& inUser)
 {
     if (IsPreviewAgentSocketSet())
     {
-        return std::getenv(kVariable);
+        return std::string(GetSetPath());
     }
     return IsFolderName(inUser) ? "/run/vxpostprocessing/" + inUser + "/com.vx.postprocessing.agent" : "";
 }
@@ -29,8 +35,7 @@ std::string FindPath(const std::string& inUser)
 
 bool IsPreviewAgentSocketSet()
 {
-    const char* const path = std::getenv(kVariable);
-    return path != nullptr && *path != '\0';
+    return !GetSetPath().empty();
 }
 
 std::string GetPreviewAgentSocketPath(const std::string& inUser)

@@ -11,8 +11,8 @@
 namespace
 {
 
-constexpr std::size_t kLargestFile =
-    16U * 1024 * 1024; ///< bytes; far above any real list, and the parser counts in 32 bits
+/// In bytes; far above any real list, and the parser counts in 32 bits.
+constexpr std::size_t kLargestFile = 16777216;
 
 struct APlistDeleter
 {
