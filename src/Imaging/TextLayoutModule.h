@@ -1,6 +1,8 @@
 #pragma once
 
-#include "Imaging/TextLayout.h"
+#include <string>
+
+#include "Imaging/TextLine.h"
 
 // What the program and the module that holds the text layout agree on. Both come from one build.
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "Imaging/TextLayout.h"
+#include "Imaging/TextLine.h"
 
 /// The box that everything drawn must stay in, in points, y upwards.
 struct APathBounds
