@@ -63,8 +63,16 @@ std::optional<AIPPAddress> FindIPPAddress(const std::string& inDeviceURI)
     {
         return MakeAddress("ipp", host.data(), kIPPPort, kIPPResource);
     }
-    return Holds(kIPPSchemes, scheme.data()) ? MakeAddress(scheme.data(), host.data(), port, resource.data())
-                                             : std::nullopt;
+    if (!Holds(kIPPSchemes, scheme.data()))
+    {
+        return std::nullopt;
+    }
+    auto address = MakeAddress(scheme.data(), host.data(), port, resource.data());
+    if (address && user.front() == '\0')
+    {
+        address->fURI = withoutQuery;
+    }
+    return address;
 }
 
 std::string_view GetAlertSeverity(std::string_view inReason)

@@ -19,10 +19,10 @@ namespace
 
 using AClock = std::chrono::steady_clock;
 
-constexpr std::chrono::milliseconds kGraceTime(500); ///< for the thread of a cut connection to notice
-constexpr double kSilence = 0.1;                     ///< seconds without a byte before libcups asks whether to go on
-constexpr int kConnectTime = 60000;                  ///< milliseconds; the asking side sets the real limit
-constexpr std::size_t kLargestAnswer = 1024 * 1024;  ///< bytes; a real one has a few hundred
+constexpr std::chrono::milliseconds kCutTime(20);   ///< between two cuts
+constexpr int kCuts = 25;                           ///< that a thread has to notice
+constexpr int kConnectTime = 60000;                 ///< milliseconds; the asking side sets the real limit
+constexpr std::size_t kLargestAnswer = 1024 * 1024; ///< bytes; a real one has a few hundred
 
 struct AHTTPCloser
 {
@@ -61,15 +61,15 @@ public:
     [[nodiscard]] AIPPAnswer TakeAnswer() { return std::move(fAnswer); }
 
 private:
-    class AOpenSocket;
+    class AOpenConnection;
 
     [[nodiscard]] AIPPAnswer Talk();
-    [[nodiscard]] AConnection Connect();
+    [[nodiscard]] AConnection MakeConnection();
+    [[nodiscard]] bool Connect(http_t& ioConnection);
     [[nodiscard]] AIPPMessage MakeRequest() const;
     [[nodiscard]] bool Send(http_t& ioConnection) const;
     [[nodiscard]] AIPPMessage Receive(http_t& ioConnection);
     [[nodiscard]] bool IsCancelled() { return std::atomic_ref(fCancel).load() != 0; }
-    static int GoOnAfterSilence(http_t* ioConnection, void* ioExchange);
     static ssize_t ReadBytes(void* ioExchange, ipp_uchar_t* outBytes, std::size_t inSize);
 
     AIPPAddress fAddress;
@@ -78,31 +78,28 @@ private:
     std::mutex fMutex;
     std::condition_variable_any fEnd;
     bool fHasEnded = false;
-    int fSocket = -1; ///< while it may be shut down from outside
-    int fCancel = 0;  ///< an int, as libcups looks at it while it connects
+    http_t* fConnection = nullptr; ///< while it may be cut from outside
+    int fCancel = 0;               ///< an int, as libcups looks at it while it connects
 
-    http_t* fSource = nullptr; ///< of the answer
     std::size_t fReceived = 0; ///< bytes of the answer
 };
 
-/// Lets Cancel cut the connection as long as it is open, and not the next file that gets its descriptor.
-class AIPPExchange::AOpenSocket
+/// Lets Cancel cut the connection for as long as it may be open, and not the next file that gets its descriptor.
+class AIPPExchange::AOpenConnection
 {
 public:
-    AOpenSocket(AIPPExchange& ioExchange, http_t& inConnection) : fExchange(ioExchange)
-    {
-        const std::scoped_lock lock(fExchange.fMutex);
-        fExchange.fSocket = httpGetFd(&inConnection);
-    }
-    ~AOpenSocket()
-    {
-        const std::scoped_lock lock(fExchange.fMutex);
-        fExchange.fSocket = -1;
-    }
-    AOpenSocket(const AOpenSocket&) = delete;
-    AOpenSocket& operator=(const AOpenSocket&) = delete;
+    AOpenConnection(AIPPExchange& ioExchange, http_t& inConnection) : fExchange(ioExchange) { Publish(&inConnection); }
+    ~AOpenConnection() { Publish(nullptr); }
+    AOpenConnection(const AOpenConnection&) = delete;
+    AOpenConnection& operator=(const AOpenConnection&) = delete;
 
 private:
+    void Publish(http_t* inConnection)
+    {
+        const std::scoped_lock lock(fExchange.fMutex);
+        fExchange.fConnection = inConnection;
+    }
+
     AIPPExchange& fExchange;
 };
 
@@ -132,9 +129,9 @@ void AIPPExchange::Cancel()
 {
     const std::scoped_lock lock(fMutex);
     std::atomic_ref(fCancel).store(1);
-    if (fSocket >= 0)
+    if (fConnection != nullptr && httpGetFd(fConnection) >= 0)
     {
-        shutdown(fSocket, SHUT_RDWR);
+        shutdown(httpGetFd(fConnection), SHUT_RDWR);
     }
 }
 
@@ -168,13 +165,17 @@ AIPPAnswer ReadAnswer(ipp_t& inMessage)
 
 AIPPAnswer AIPPExchange::Talk()
 {
-    const AConnection connection = Connect();
+    const AConnection connection = MakeConnection();
     if (connection == nullptr)
+    {
+        return Fail("The device's host is not known.");
+    }
+    const AOpenConnection open(*this, *connection);
+    if (!Connect(*connection))
     {
         return Fail("The device cannot be reached.");
     }
-    const AOpenSocket socket(*this, *connection);
-    if (IsCancelled() || !Send(*connection))
+    if (!Send(*connection))
     {
         return Fail("The device does not take the request.");
     }
@@ -182,7 +183,8 @@ AIPPAnswer AIPPExchange::Talk()
     return message != nullptr ? ReadAnswer(*message) : Fail("The device does not answer over IPP.");
 }
 
-AConnection AIPPExchange::Connect()
+/// Looks the host up, and connects to nobody yet.
+AConnection AIPPExchange::MakeConnection()
 {
     const AAddressList addresses(
         httpAddrGetList(fAddress.fHost.c_str(), AF_UNSPEC, std::to_string(fAddress.fPort).c_str()));
@@ -193,24 +195,13 @@ AConnection AIPPExchange::Connect()
     const http_encryption_t encryption = fAddress.fIsSecure ? HTTP_ENCRYPTION_ALWAYS : HTTP_ENCRYPTION_IF_REQUESTED;
     constexpr int kBlocking = 1;
     constexpr int kNotYet = 0;
-    AConnection connection(httpConnect2(fAddress.fHost.c_str(), fAddress.fPort, addresses.get(), AF_UNSPEC, encryption,
-                                        kBlocking, kNotYet, nullptr));
-    if (connection == nullptr)
-    {
-        return nullptr;
-    }
-    httpSetTimeout(connection.get(), kSilence, GoOnAfterSilence, this);
-    return httpReconnect2(connection.get(), kConnectTime, &fCancel) == 0 ? std::move(connection) : nullptr;
+    return AConnection(httpConnect2(fAddress.fHost.c_str(), fAddress.fPort, addresses.get(), AF_UNSPEC, encryption,
+                                    kBlocking, kNotYet, nullptr));
 }
 
-/// Cutting the connection ends whatever waits on it, also what would take a mere "no" for a reason to try again.
-int AIPPExchange::GoOnAfterSilence(http_t* ioConnection, void* ioExchange)
+bool AIPPExchange::Connect(http_t& ioConnection)
 {
-    if (static_cast<AIPPExchange*>(ioExchange)->IsCancelled())
-    {
-        shutdown(httpGetFd(ioConnection), SHUT_RDWR);
-    }
-    return 1;
+    return httpReconnect2(&ioConnection, kConnectTime, &fCancel) == 0 && !IsCancelled();
 }
 
 AIPPMessage AIPPExchange::MakeRequest() const
@@ -247,7 +238,6 @@ AIPPMessage AIPPExchange::Receive(http_t& ioConnection)
         status = httpUpdate(&ioConnection);
     }
     AIPPMessage answer(ippNew());
-    fSource = &ioConnection;
     constexpr int kBlocking = 1;
     const bool isWhole =
         status == HTTP_STATUS_OK && ippReadIO(this, ReadBytes, kBlocking, nullptr, answer.get()) == IPP_STATE_DATA;
@@ -266,7 +256,7 @@ ssize_t AIPPExchange::ReadBytes(void* ioExchange, ipp_uchar_t* outBytes, std::si
     }
     for (std::size_t done = 0; done < inSize;)
     {
-        const ssize_t size = httpRead2(exchange.fSource, reinterpret_cast<char*>(outBytes) + done, inSize - done);
+        const ssize_t size = httpRead2(exchange.fConnection, reinterpret_cast<char*>(outBytes) + done, inSize - done);
         if (size <= 0 || exchange.IsCancelled())
         {
             return -1;
@@ -289,15 +279,14 @@ try
         talker.join();
         return exchange->TakeAnswer();
     }
-    exchange->Cancel();
-    if (exchange->WaitForEnd({}, AClock::now() + kGraceTime))
+    // A connection may be just about to open: more than one cut.
+    bool hasEnded = false;
+    for (int i = 0; i < kCuts && !hasEnded; ++i)
     {
-        talker.join();
+        exchange->Cancel();
+        hasEnded = exchange->WaitForEnd({}, AClock::now() + kCutTime);
     }
-    else
-    {
-        talker.detach();
-    }
+    hasEnded ? talker.join() : talker.detach();
     return Fail("The device does not answer in time.");
 }
 catch (const std::system_error& error)

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <ctime>
 #include <fcntl.h>
 #include <grp.h>
 #include <sys/prctl.h>
@@ -19,26 +20,47 @@ namespace
 
 volatile std::sig_atomic_t gRunningChild = 0;
 
+constexpr int kGraceSteps = 100;
+constexpr timespec kGraceStep = {0, 10'000'000};
+
+/// Gives the child a second to put its own house in order. Runs in a signal handler.
+void EndChild(pid_t inChild, int inSignal)
+{
+    kill(-inChild, inSignal);
+    for (int i = 0; i < kGraceSteps && waitpid(inChild, nullptr, WNOHANG) == 0; ++i)
+    {
+        nanosleep(&kGraceStep, nullptr);
+    }
+    kill(-inChild, SIGKILL);
+}
+
 /// Ends the child's process group, then the filter by the same signal.
 void PassOn(int inSignal)
 {
     if (gRunningChild != 0)
     {
-        kill(-static_cast<pid_t>(gRunningChild), inSignal);
+        EndChild(static_cast<pid_t>(gRunningChild), inSignal);
     }
     std::signal(inSignal, SIG_DFL);
     std::raise(inSignal);
 }
 
-/// While it lives, the signals that end the filter go to the child first.
+/// The signals that end the filter are held back until the child is known, from then on they go to it first.
 class ASignalRelay
 {
 public:
-    explicit ASignalRelay(pid_t inChild)
+    ASignalRelay()
     {
-        gRunningChild = static_cast<std::sig_atomic_t>(inChild);
+        sigset_t held;
+        sigemptyset(&held);
         struct sigaction action = {};
         action.sa_handler = PassOn;
+        for (const int signal : kSignals)
+        {
+            sigaddset(&held, signal);
+            sigaddset(&action.sa_mask, signal);
+        }
+        sigprocmask(SIG_BLOCK, &held, &fMaskBefore);
         for (std::size_t i = 0; i < kSignals.size(); ++i)
         {
             sigaction(kSignals[i], &action, &fBefore[i]);
@@ -50,14 +72,35 @@ public:
         {
             sigaction(kSignals[i], &fBefore[i], nullptr);
         }
-        gRunningChild = 0;
+        sigprocmask(SIG_SETMASK, &fMaskBefore, nullptr);
     }
     ASignalRelay(const ASignalRelay&) = delete;
     ASignalRelay& operator=(const ASignalRelay&) = delete;
 
+    void SetChild(pid_t inChild)
+    {
+        gRunningChild = static_cast<std::sig_atomic_t>(inChild);
+        sigprocmask(SIG_SETMASK, &fMaskBefore, nullptr);
+    }
+
+    /// Waits for the child's end; from then on its number may be another's.
+    [[nodiscard]] static int WaitForChild()
+    {
+        siginfo_t info{};
+        while (waitid(P_PID, static_cast<id_t>(gRunningChild), &info, WEXITED | WNOWAIT) < 0 && errno == EINTR)
+        {
+        }
+        const auto child = static_cast<pid_t>(gRunningChild);
+        gRunningChild = 0;
+        int status = -1;
+        waitpid(child, &status, 0);
+        return status;
+    }
+
 private:
     static constexpr std::array<int, 3> kSignals = {SIGTERM, SIGINT, SIGHUP};
     std::array<struct sigaction, 3> fBefore{};
+    sigset_t fMaskBefore{};
 };
 
 std::vector<char*> MakePointers(const std::vector<std::string>& inTexts)
@@ -89,12 +132,17 @@ void ResetSignals()
     sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
+/// From now on this process ends with its parent. False when the parent has ended before.
+bool EndWithParent(pid_t inParent)
+{
+    return prctl(PR_SET_PDEATHSIG, SIGTERM) == 0 && getppid() == inParent;
+}
+
 /// Runs in the child, between fork and execve: nothing here may allocate.
 [[noreturn]] void BecomeProgram(const AChildProcess& inProcess, char* const* inArguments, char* const* inEnvironment,
-                                int inErrors)
+                                int inErrors, pid_t inParent)
 {
     setpgid(0, 0);
-    prctl(PR_SET_PDEATHSIG, SIGTERM);
     const int input = inProcess.fStandardInput >= 0 ? inProcess.fStandardInput : open("/dev/null", O_RDONLY);
     dup2(input, STDIN_FILENO);
     dup2(inProcess.fStandardOutput, STDOUT_FILENO);
@@ -108,7 +156,8 @@ void ResetSignals()
     static_cast<void>(setgroups(0, nullptr));
     umask(077);
     ResetSignals();
-    if (TakeRealIds(group, user))
+    // A change of ids forgets what is to happen at the parent's end.
+    if (TakeRealIds(group, user) && EndWithParent(inParent))
     {
         execve(inProcess.fPath.c_str(), inArguments, inEnvironment);
         std::perror(inProcess.fPath.c_str());
@@ -129,15 +178,6 @@ void LogLines(int inDescriptor)
     }
 }
 
-int WaitFor(pid_t inChild)
-{
-    int status = -1;
-    while (waitpid(inChild, &status, 0) < 0 && errno == EINTR)
-    {
-    }
-    return status;
-}
-
 } // namespace
 
 int ExecuteProcess(const AChildProcess& inProcess)
@@ -149,10 +189,12 @@ int ExecuteProcess(const AChildProcess& inProcess)
     {
         return -1;
     }
+    ASignalRelay relay;
+    const pid_t parent = getpid();
     const pid_t child = fork();
     if (child == 0)
     {
-        BecomeProgram(inProcess, arguments.data(), environment.data(), errors[1]);
+        BecomeProgram(inProcess, arguments.data(), environment.data(), errors[1], parent);
     }
     close(errors[1]);
     if (child < 0)
@@ -161,7 +203,8 @@ int ExecuteProcess(const AChildProcess& inProcess)
         LoggerLogMessage(kLogError, "Unable to execute %s\n", inProcess.fPath.c_str());
         return -1;
     }
-    const ASignalRelay relay(child);
+    setpgid(child, child);
+    relay.SetChild(child);
     LogLines(errors[0]);
-    return WaitFor(child);
+    return ASignalRelay::WaitForChild();
 }

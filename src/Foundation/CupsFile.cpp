@@ -189,11 +189,6 @@ int ACupsFile::GetFileDescriptor() const
     return IsOpen() ? fStream->GetBytes().GetDescriptor() : -1;
 }
 
-int ACupsFile::Lend()
-{
-    return IsOpen() ? fStream->GetBytes().Lend() : -1;
-}
-
 AJobLine ACupsFile::ReadLine(std::size_t inBufferSize, bool& outIsEOF)
 {
     outIsEOF = !IsOpen();
@@ -219,6 +214,12 @@ std::size_t ACupsFile::CopyBlock(ACupsFile& outCopy, std::size_t inSize, char in
 {
     const bool areOpen = IsOpen() && outCopy.IsOpen();
     return areOpen ? fStream->CopyBlock(outCopy.fStream->GetBytes(), inSize, inByte, outHoldsByte) : 0;
+}
+
+std::size_t ACupsFile::CopyAvailable(ACupsFile& outCopy, std::size_t inSize, char inByte, bool& outHoldsByte)
+{
+    const bool areOpen = IsOpen() && outCopy.IsOpen();
+    return areOpen ? fStream->CopyAvailable(outCopy.fStream->GetBytes(), inSize, inByte, outHoldsByte) : 0;
 }
 
 std::size_t ACupsFile::Write(std::string_view inData)

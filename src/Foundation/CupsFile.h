@@ -52,12 +52,11 @@ public:
     /// As fseek, to the start of a line: 0, or -1 when closed or not positionable.
     int SetPosition(std::int64_t inOffset, int inWhence);
 
+    /// Readies the descriptor for a child that reads the file from its start; see AFileStream::LendFromStart.
+    [[nodiscard]] bool LendFromStart() { return IsOpen() && fStream->GetBytes().LendFromStart(); }
+
     /// -1 when closed.
     [[nodiscard]] int GetFileDescriptor() const;
-
-    /// The descriptor, at the start of the file, for another program to read; -1 when closed. Whoever reads on here
-    /// must set the position first.
-    [[nodiscard]] int Lend();
     [[nodiscard]] const std::string& GetFileName() const { return fName; }
 
     /// See ALineStream; a closed file has ended.
@@ -66,7 +65,8 @@ public:
     void UnreadLine();
     [[nodiscard]] AJobLine CopyToLine(const ALineNeedles& inNeedles, ACupsFile* outCopy, bool& outIsEOF);
     std::size_t CopyBlock(ACupsFile& outCopy, std::size_t inSize, char inByte, bool& outHoldsByte);
-    [[nodiscard]] bool HasMore() { return IsOpen() && fStream->HasMore(); }
+    std::size_t CopyAvailable(ACupsFile& outCopy, std::size_t inSize, char inByte, bool& outHoldsByte);
+    [[nodiscard]] bool HasMore(std::size_t inSize) { return IsOpen() && fStream->HasMore(inSize); }
 
     /// See ALineStream::IsRestOf.
     [[nodiscard]] bool IsRestOf(std::string_view inBytes) { return IsOpen() && fStream->IsRestOf(inBytes); }

@@ -366,11 +366,17 @@ void ADocumentIterator::PerformPostTasks(APostScriptLineInfo& ioLine)
 ADocumentIterator::AIterationEnd ADocumentIterator::IterateByBlocks(bool& outEndsWithEndOfJob)
 {
     LoggerLogMessage(kLogTrace, "Using optimized file iteration...\n");
-    while (fInput.HasMore() && fOutput.GetWriteError() == 0)
+    // What comes slowly goes on at once: a block that is not yet whole is copied in parts. It still counts as one when
+    // the end of the job looks for its last byte.
+    std::size_t done = 0;
+    while (fOutput.GetWriteError() == 0 && fInput.HasMore(kBlockSize - done))
     {
         WaitWhilePaused();
-        outEndsWithEndOfJob = false;
-        fInput.CopyBlock(fOutput, kBlockSize, kEndOfJob, outEndsWithEndOfJob);
+        outEndsWithEndOfJob = outEndsWithEndOfJob && done != 0;
+        done += fInput.CopyAvailable(fOutput, kBlockSize - done, kEndOfJob, outEndsWithEndOfJob);
+        done %= kBlockSize;
+        // A failure stays with the file and is told at the end.
+        static_cast<void>(fOutput.Finish());
         if (IsTerminationRequested())
         {
             LoggerLogMessage(kLogTrace, "Switching to line-by-line iteration due to SIGTERM");

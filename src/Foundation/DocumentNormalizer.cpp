@@ -89,10 +89,14 @@ std::string GetDefaultMedia()
            std::to_string(static_cast<int>(size->fLength));
 }
 
-bool IsEmpty(const ACupsFile& inFile)
+/// An empty result is none. A program of the chain may well end with status 0 when the disk had no room for all of its
+/// result: then there is none for one byte more either.
+bool HoldsResult(const ACupsFile& inFile)
 {
     struct stat info = {};
-    return fstat(inFile.GetFileDescriptor(), &info) != 0 || info.st_size == 0;
+    const int descriptor = inFile.GetFileDescriptor();
+    return fstat(descriptor, &info) == 0 && info.st_size != 0 && pwrite(descriptor, "", 1, info.st_size) == 1 &&
+           ftruncate(descriptor, info.st_size) == 0;
 }
 
 /// Copies the job without the blocks in which it states its number of copies: the interpreter would multiply the pages.
@@ -169,7 +173,7 @@ bool ADocumentNormalizer::Convert(ACupsFile& ioFile, ACupsFile& outClean)
         return false;
     }
     fStatus = MakePDF(withoutCopies.IsOpen() ? withoutCopies : ioFile, pdf);
-    if (fStatus != 0 || IsEmpty(pdf) || !outClean.OpenTemporaryFile())
+    if (fStatus != 0 || !HoldsResult(pdf) || !outClean.OpenTemporaryFile())
     {
         return false;
     }
@@ -182,7 +186,7 @@ bool ADocumentNormalizer::Convert(ACupsFile& ioFile, ACupsFile& outClean)
     toPostScript.fStandardOutput = outClean.GetFileDescriptor();
     toPostScript.fInherited = pdf.GetFileDescriptor();
     fStatus = ExecuteProcess(toPostScript);
-    return fStatus == 0 && !IsEmpty(outClean);
+    return fStatus == 0 && HoldsResult(outClean);
 }
 
 int ADocumentNormalizer::MakePDF(ACupsFile& ioFile, ACupsFile& outPDF)
@@ -191,9 +195,9 @@ int ADocumentNormalizer::MakePDF(ACupsFile& ioFile, ACupsFile& outPDF)
     toPDF.fPath = FindFilter("/usr/libexec/cups/filter/pstopdffilter", "gstopdf");
     toPDF.fArguments = MakeArguments();
     toPDF.fEnvironment = MakeEnvironment();
-    toPDF.fStandardInput = ioFile.Lend();
+    toPDF.fStandardInput = ioFile.GetFileDescriptor();
     toPDF.fStandardOutput = outPDF.GetFileDescriptor();
-    return ExecuteProcess(toPDF);
+    return ioFile.LendFromStart() ? ExecuteProcess(toPDF) : -1;
 }
 
 /// A job that states no copies needs no copy of itself: outCopy stays closed.

@@ -212,10 +212,11 @@ int AFileStream::SetPosition(std::int64_t inOffset, int inWhence)
     return 0;
 }
 
-int AFileStream::Lend()
+bool AFileStream::LendFromStart()
 {
-    static_cast<void>(Flush());
+    const bool isWhole = Flush();
+    // Nothing may be taken for buffered that the other process moves away from.
     fBegin = fEnd = 0;
-    fFilePosition = std::max<off_t>(0, lseek(fDescriptor, 0, SEEK_SET));
-    return fDescriptor;
+    fFilePosition = 0;
+    return lseek(fDescriptor, 0, SEEK_SET) == 0 && isWhole;
 }

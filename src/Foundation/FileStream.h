@@ -69,9 +69,9 @@ public:
     /// As fseek: 0, or -1 when the file cannot be positioned.
     int SetPosition(std::int64_t inOffset, int inWhence);
 
-    /// Forgets what is buffered, goes to the start of the file and returns the descriptor, for somebody else to move
-    /// it.
-    [[nodiscard]] int Lend();
+    /// Positions the descriptor itself at its start, for another process that shares it. What that process leaves of
+    /// its position does not matter: call SetPosition before the stream is used again. False when it cannot be done.
+    [[nodiscard]] bool LendFromStart();
 
 private:
     [[nodiscard]] std::size_t GetNextReadSize(std::size_t inLimit) const;

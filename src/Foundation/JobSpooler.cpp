@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Foundation/BlockReader.h"
+#include "Foundation/PageList.h"
 #include "Imaging/Logger.h"
 #include "Imaging/NumberText.h"
 #include "Imaging/PostScriptText.h"
@@ -14,10 +15,9 @@ constexpr std::string_view kBeginSubsetFont = "%ADOBeginSubsetFont";
 constexpr std::string_view kEndSubsetFont = "%ADOEndSubsetFont";
 constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
 constexpr std::size_t kLongestName = 254;
-constexpr std::string_view kExcessive = "(excessive)";
 
-// The setup code of real jobs takes some kilobytes.
-constexpr std::size_t kMostFeaturesText = std::size_t{8} * 1024 * 1024;
+// The setup code of real jobs takes some kilobytes; this keeps a job of nothing but features from taking all memory.
+constexpr std::size_t kMostFeaturesText = std::size_t{64} * 1024 * 1024;
 
 ALineNeedles MakeNeedles()
 {
@@ -144,15 +144,28 @@ void AJobSpooler::SpoolRepeatedPage(std::string_view inText)
 {
     const std::size_t end = inText.find_last_not_of("\r\n") + 1;
     fStore.Write(inText.substr(0, end));
-    fStore.Write(kExcessive);
+    fStore.Write(kRepeatedPageMark);
     fStore.Write(inText.substr(end));
 }
 
+void AJobSpooler::BeginBlock(std::string_view inText)
+{
+    fBlockStart = fFeaturesText.size();
+    fBlockFits = true;
+    Collect(inText);
+}
+
+/// A block that takes too much is left out whole: half of one would be no PostScript.
 void AJobSpooler::Collect(std::string_view inText)
 {
-    if (fFeaturesText.size() + inText.size() <= kMostFeaturesText)
+    fBlockFits = fBlockFits && fFeaturesText.size() + inText.size() <= kMostFeaturesText;
+    if (fBlockFits)
     {
         fFeaturesText += inText;
+    }
+    else
+    {
+        fFeaturesText.resize(fBlockStart);
     }
 }
 
@@ -160,7 +173,7 @@ void AJobSpooler::SpoolFeature(const AJobLine& inLine)
 {
     // The cleaned pages are turned by the job's own code already.
     const bool isDropped = fWillBeCleaned && GetSettingsStore().fRotate180 && inLine.Holds("VXRotate180");
-    Collect("[{\n");
+    BeginBlock("[{\n");
     ABlockReader block(fInput);
     AJobLine line = inLine;
     do
@@ -176,6 +189,7 @@ void AJobSpooler::SpoolFeature(const AJobLine& inLine)
 
 void AJobSpooler::SpoolNonPPDFeature(const AJobLine& inLine)
 {
+    BeginBlock("");
     ABlockReader block(fInput, kEndNonPPDFeature);
     AJobLine line = inLine;
     do

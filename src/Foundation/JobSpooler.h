@@ -11,8 +11,7 @@
 ///
 /// Only a job that an application wrote itself is changed on the way: page comments that repeat the page before them
 /// are marked "(excessive)", subset fonts get a substitution comment. Every stored job has a "%%Trailer" line before
-/// its
-/// "%%EOF".
+/// its "%%EOF".
 class AJobSpooler final : public AFilterObject
 {
 public:
@@ -39,6 +38,7 @@ private:
     void SpoolNonPPDFeature(const AJobLine& inLine);
     void SpoolSubsetFont(const AJobLine& inLine);
     void CheckCopies(std::string_view inLine);
+    void BeginBlock(std::string_view inText);
     void Collect(std::string_view inText);
 
     ACupsFile& fInput;
@@ -49,6 +49,8 @@ private:
     unsigned fNumberOfPages = 0;
     int fSubsetFontIndex = 0;
     std::string fFeaturesText;
+    std::size_t fBlockStart = 0; ///< of the last block in the collected text
+    bool fBlockFits = true;
 };
 
 /// The number that a line "%RBIBeginNonPPDFeature: *NumCopies 2" states; none when it states none.

@@ -150,19 +150,28 @@ void ALineStream::NoteConsumed(std::string_view inText)
     }
 }
 
+std::size_t ALineStream::CopyAvailable(AFileStream& outCopy, std::size_t inSize, char inByte, bool& outHoldsByte)
+{
+    if (!HasMore(inSize))
+    {
+        return 0;
+    }
+    const std::string_view data = fBytes.GetBuffered().substr(0, inSize);
+    outHoldsByte = outHoldsByte || data.find(inByte) != std::string_view::npos;
+    outCopy.Write(data);
+    fStart = IsLineEnd(data.back()) ? ALineStart::kAtLineStart : ALineStart::kInsideLine;
+    fBytes.Consume(data.size());
+    return data.size();
+}
+
 std::size_t ALineStream::CopyBlock(AFileStream& outCopy, std::size_t inSize, char inByte, bool& outHoldsByte)
 {
-    std::size_t left = inSize;
-    while (left != 0 && (!fBytes.GetBuffered().empty() || fBytes.Fill(left)))
+    std::size_t done = 0;
+    for (std::size_t size = 1; size != 0 && done != inSize; done += size)
     {
-        const std::string_view data = fBytes.GetBuffered().substr(0, left);
-        outHoldsByte = outHoldsByte || data.find(inByte) != std::string_view::npos;
-        outCopy.Write(data);
-        fStart = IsLineEnd(data.back()) ? ALineStart::kAtLineStart : ALineStart::kInsideLine;
-        fBytes.Consume(data.size());
-        left -= data.size();
+        size = CopyAvailable(outCopy, inSize - done, inByte, outHoldsByte);
     }
-    return inSize - left;
+    return done;
 }
 
 bool ALineStream::IsRestOf(std::string_view inBytes)

@@ -36,8 +36,12 @@ public:
     /// end of the file. Sets outHoldsByte when inByte was among them.
     std::size_t CopyBlock(AFileStream& outCopy, std::size_t inSize, char inByte, bool& outHoldsByte);
 
-    /// True when there is another byte to read.
-    [[nodiscard]] bool HasMore() { return !fBytes.GetBuffered().empty() || fBytes.Fill(); }
+    /// Copies what is there to read, at most inSize bytes, without waiting for more than the first of it. See
+    /// CopyBlock.
+    std::size_t CopyAvailable(AFileStream& outCopy, std::size_t inSize, char inByte, bool& outHoldsByte);
+
+    /// True when there is another byte to read; waits for it. At most inSize bytes are read on the way.
+    [[nodiscard]] bool HasMore(std::size_t inSize) { return !fBytes.GetBuffered().empty() || fBytes.Fill(inSize); }
 
     /// True when nothing but these bytes is left to read, and not more than kLongestRest of them.
     [[nodiscard]] bool IsRestOf(std::string_view inBytes);

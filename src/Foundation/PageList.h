@@ -2,12 +2,17 @@
 
 #include <cstdint>
 #include <deque>
+#include <string_view>
 
 /// Offsets of pages in a stored job, in bytes: of the first byte of each page's "%%Page:" line.
 using APageOffsets = std::deque<std::int64_t>;
 
 inline constexpr std::int64_t kBlankPage = -1; ///< instead of an offset: an empty side
 inline constexpr std::int64_t kGuidePage = -2; ///< instead of an offset: the guide for turning the stack
+
+/// Stands in the comment of a page that repeats the one before it, in the stored job of an application: the page goes
+/// where that one goes.
+inline constexpr std::string_view kRepeatedPageMark = "(excessive)";
 
 /// The pages of a job in output order, and how many there are of what.
 struct APageList

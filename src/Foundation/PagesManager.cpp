@@ -48,9 +48,7 @@ void APagesManager::CheckPagesPerSheet()
 
 void APagesManager::CheckNumberOfCopies()
 {
-    const char* const argument = GetSettingsStore().GetCommandLineParameter(4);
-    const long long copies = argument != nullptr ? ReadLeadingInteger(argument) : 1;
-    fPages.fNumberOfCopies = static_cast<unsigned>(std::clamp(copies, 1LL, 9999LL));
+    fPages.fNumberOfCopies = static_cast<unsigned>(std::clamp(GetSettingsStore().GetRequestedCopies(), 1LL, 9999LL));
 }
 
 /// Two booklet pages share one sheet that is turned a quarter.

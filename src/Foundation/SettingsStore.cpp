@@ -60,6 +60,12 @@ const char* ASettingsStore::GetCommandLineParameter(int inIndex) const
     return inIndex < fArgumentCount ? fArguments[inIndex] : nullptr;
 }
 
+long long ASettingsStore::GetRequestedCopies() const
+{
+    const char* const copies = GetCommandLineParameter(4);
+    return copies != nullptr ? ReadLeadingInteger(copies) : 0;
+}
+
 const char* ASettingsStore::GetEnvironmentVariable(const char* inName)
 {
     return inName != nullptr ? std::getenv(inName) : nullptr;
@@ -226,20 +232,16 @@ void ASettingsStore::CheckCollation()
 {
     const bool isPossible =
         !IsFeatureSupported(kCollateKeyRef) || GetPPDInfo()->IsChoiceAvailable(kCollateKeyRef, kTrueValueRef);
-    const char* const copies = GetCommandLineParameter(4);
-    fCollate = IsOption(GetCUPSOption("collate"), kTrueValue) && isPossible && copies != nullptr &&
-               ReadLeadingInteger(copies) > 1;
+    fCollate = IsOption(GetCUPSOption("collate"), kTrueValue) && isPossible && GetRequestedCopies() > 1;
 }
 
 void ASettingsStore::CheckOrientation()
 {
     constexpr long long kLimit = 1'000'000'000;
-    if (fIsNativePostScript)
+    const AOptionValue dialog = fIsNativePostScript ? GetCUPSOption(kPMPageOrientationRef) : std::nullopt;
+    if (dialog)
     {
-        if (const AOptionValue orientation = GetCUPSOption(kPMPageOrientationRef))
-        {
-            fOrientation = static_cast<int>(std::clamp(ReadLeadingInteger(*orientation), -kLimit, kLimit) / 2);
-        }
+        fOrientation = static_cast<int>(std::clamp(ReadLeadingInteger(*dialog), -kLimit, kLimit) / 2);
         return;
     }
     if (const AOptionValue orientation = GetCUPSOption("orientation-requested"))

@@ -51,6 +51,9 @@ public:
     /// Null when there is no such argument.
     [[nodiscard]] const char* GetCommandLineParameter(int inIndex) const;
 
+    /// The copies argument as it stands, whatever it says; 0 for one that is no number.
+    [[nodiscard]] long long GetRequestedCopies() const;
+
     /// Of the process's environment, not of the vector given to Initialize; null when it is not set.
     [[nodiscard]] static const char* GetEnvironmentVariable(const char* inName);
 

@@ -20,7 +20,7 @@ public:
 
     void WriteSheet(std::int64_t inLeft, std::int64_t inRight)
     {
-        if (fPlan.fBackCover)
+        if (fPlan.fBackCover && !fPlan.fIsCollated)
         {
             PlaceBackCover(inLeft, inRight);
         }
@@ -155,7 +155,8 @@ ABookletPlan ABookletReorderer::MakePlan() const
     ABookletPlan plan;
     plan.fCopies = GetPages().GetCopiesInDocument(settings.fCollate);
     plan.fPagesPerCopy = GetPages().fPagesPerCopy;
-    plan.fBackCover = settings.fBookletBackCover && !settings.fCollate;
+    plan.fBackCover = settings.fBookletBackCover;
+    plan.fIsCollated = settings.fCollate;
     plan.fIsRightToLeft = settings.fOrientation == kReverseLandscapeOrientation ||
                           (settings.fOrientation == kPortraitOrientation && fIsAsianOrder != settings.fMirrorPrint);
     return plan;

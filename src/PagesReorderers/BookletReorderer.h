@@ -9,6 +9,7 @@ struct ABookletPlan
     unsigned fPagesPerCopy = 1;
     bool fBackCover = false;     ///< the last page goes on the outside
     bool fIsRightToLeft = false; ///< left and right halves change places
+    bool fIsCollated = false;    ///< a document of several copies: only one or two pages of it get a back cover
 };
 
 /// Pages in saddle-stitched order: for each sheet the left and right half of its front, then of its back. Sheets are

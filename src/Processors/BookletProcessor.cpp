@@ -176,7 +176,7 @@ LineProcessStatus ABookletProcessor::ReplaceFeature(const APostScriptLineInfo& i
 
 LineProcessStatus ABookletProcessor::ReplacePageSize()
 {
-    WriteFormattedData("%%%%BeginFeature: *PageSize %s\n", GetSettingsStore().fBookletPaperSize.c_str());
+    InsertBeginFeatureString(PSF::CreateStandardFeatureName("PageSize", GetSettingsStore().fBookletPaperSize), false);
     WriteFormattedData("%s\n", fPageSizeCode.value_or("").c_str());
     SkipCurrentFeature();
     InsertEndFeatureString(false);

@@ -151,7 +151,7 @@ void AJobStorageProcessor::HoldPrivateJob(bool inStore)
 /// A proof of a single copy has no copies to hold back.
 void AJobStorageProcessor::PrintProofAtOnce()
 {
-    if (GetPagesManager().GetNumberOfCopies() != 1)
+    if (GetSettingsStore().GetRequestedCopies() != 1)
     {
         return;
     }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -95,6 +96,11 @@ AFilterResult RunFilter(const AFilterRun& inRun)
         OpenAs(STDIN_FILENO, inRun.fFromFile ? "/dev/null" : base + "/job", O_RDONLY);
         OpenAs(STDOUT_FILENO, base + "/output", O_WRONLY | O_CREAT);
         OpenAs(STDERR_FILENO, base + "/log", O_WRONLY | O_CREAT);
+        if (inRun.fFileSizeLimit)
+        {
+            const rlimit limit = {*inRun.fFileSizeLimit, *inRun.fFileSizeLimit};
+            setrlimit(RLIMIT_FSIZE, &limit);
+        }
         execve(VX_FILTER_PATH, argumentPointers.data(), environmentPointers.data());
         _exit(127);
     }

@@ -16,7 +16,8 @@ struct AFilterRun
     std::string fUser = "user";
     std::string fTitle = "title";
     std::string fCopies = "1";
-    bool fFromFile = false; ///< the job is argument 6 instead of standard input
+    bool fFromFile = false;                           ///< the job is argument 6 instead of standard input
+    std::optional<unsigned long> fFileSizeLimit = {}; ///< bytes that any file may take, as on a disk that is full then
 };
 
 /// What came of it.
