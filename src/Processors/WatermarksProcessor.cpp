@@ -4,8 +4,8 @@
 #include <string>
 
 #include "Imaging/Logger.h"
-#include "Imaging/NumberText.h"
 #include "Imaging/PrintfTemplate.h"
+#include "Imaging/TextLayout.h"
 #include "Processors/EncodedPath.h"
 
 namespace

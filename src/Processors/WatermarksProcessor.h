@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Imaging/TextLayout.h"
+#include "Imaging/TextLine.h"
 #include "Processors/PostScriptProcessor.h"
 #include "Processors/WatermarkSettings.h"
 
