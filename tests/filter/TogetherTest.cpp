@@ -1,0 +1,123 @@
+// All features in one job, and none of them.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <random>
+
+#include "TestSupport.h"
+
+namespace
+{
+
+constexpr const char* kEverything = R"ppd(*MirrorPrint: "True"
+*VXInsertOrientation Portrait: "% portrait"
+*VXAccountingInfo: "2"
+*VXGrayBalanceAdjustment VXZone1Limit: "(limit %d)"
+*VXImageShiftDetails Front: "(shift %.1f %.1f)"
+*VXMarginsLayoutMode: "True"
+*VXMarginsLayoutMode Standard: "% margins"
+*VXwmrSwitch: "True"
+*OpenUI *InputSlot: PickOne
+*DefaultInputSlot: Tray1
+*InputSlot Tray1: "% tray 1"
+*InputSlot Tray2: "% tray 2"
+*CloseUI: *InputSlot
+)ppd";
+
+constexpr const char* kFeatures =
+    "[{\n%%BeginFeature: *VXJobRetentionOption VXJobRetentionPrivate\n% hold\n%%EndFeature\n"
+    "} stopped cleartomark\n"
+    "%%BeginFeature: *VXMarginsLayoutMode Oversize\n% oversize\n%%EndFeature\n"
+    "%%BeginFeature: *VXImageShiftFront True\n%%EndFeature\n"
+    "%%BeginFeature: *MirrorPrint True\n% mirror\n%%EndFeature\n";
+
+/// Page content that looks like much of what the filter looks for, and is not.
+std::string MakePlainJob(unsigned inSeed)
+{
+    static constexpr std::array<const char*, 10> kLines = {"(%%Page: 1 1) show\n",
+                                                           "x %%Trailer\n",
+                                                           "% VXImageShiftFront\r\n",
+                                                           "(VXUserName) show\r",
+                                                           "%%BeginFeature: *Foo\n",
+                                                           "%%EndFeature\n",
+                                                           "\n",
+                                                           "%%EOF later\n",
+                                                           "*Duplex *PageSize\n",
+                                                           "%%EndSetup\n"};
+    std::mt19937 random(inSeed);
+    std::string body;
+    for (int i = 0; i < 30; ++i)
+    {
+        body += kLines[random() % kLines.size()] + std::string(random() % 9000, "a \xff"[random() % 3]);
+    }
+    return Replace(MakeJob(3), "(page 2) show\n", body + "\n");
+}
+
+} // namespace
+
+TEST(Together, EveryFeatureFindsItsPlaceInOneJob)
+{
+    AFilterRun run;
+    run.fPPD = MakePPD(kEverything);
+    run.fJob = MakeJob(3, kFeatures);
+    run.fOptions = "MirrorPrint=True PMPageOrientation=1 VXImageShiftFront=True VXImageShiftFrontX=25.4 media=A4 "
+                   "VXJobRetentionOption=VXJobRetentionPrivate VXPinToPrintExtended=1234 VXwmrSwitch=Overlay "
+                   "sides=two-sided-long-edge AP_FIRSTPAGE_InputSlot=Tray2 InputSlot=Tray1 orientation-requested=3";
+    run.fEnvironment = {{"CONTENT_TYPE", "application/pdf"}};
+    const AFilterResult result = RunFilter(run);
+    EXPECT_EQ(result.fStatus, 0);
+    std::size_t at = 0;
+    for (const char* text : {"/VXshowpage/showpage load def",
+                             "%%EndComments\n",
+                             "%%BeginProlog\n",
+                             "VXAccountingInfo",
+                             "(limit 25)",
+                             "%%BeginSetup\n",
+                             "*VXInsertOrientation Portrait\n% portrait",
+                             "*Collate True",
+                             "*VXJobRetentionOption",
+                             "/HoldKey (1234)",
+                             "% margins",
+                             "*VXImageShiftFront True",
+                             "(shift 72.0 0.0)",
+                             "-1 1 matrix scale",
+                             "/VXwmDrawing",
+                             "%%EndSetup\n",
+                             "%%Page: 1 1\n",
+                             "% tray 2",
+                             "(page 1) show",
+                             "VXwmDraw\n",
+                             "VXshowpage\n",
+                             "%%Page: 2 2\n",
+                             "(page 2) show",
+                             "VXwmDraw\n",
+                             "%%Page: 3 3\n",
+                             "% tray 1",
+                             "/Duplex false",
+                             "VXwmDraw\n",
+                             "VXshowpage\n",
+                             "%%Trailer\n"})
+    {
+        const std::size_t found = result.fOutput.find(text, at);
+        EXPECT_NE(found, std::string::npos) << text << " is missing, or stands before its place";
+        at = found == std::string::npos ? at : found;
+    }
+    EXPECT_THAT(result.fOutput, testing::Not(testing::HasSubstr("% oversize")));
+    EXPECT_THAT(result.fOutput, testing::Not(testing::HasSubstr("% mirror\n")));
+    EXPECT_FALSE(result.IsLogged("1234"));
+}
+
+TEST(Together, AJobThatAsksForNothingComesOutAsItWentIn)
+{
+    for (unsigned seed = 0; seed < 25; ++seed)
+    {
+        AFilterRun run;
+        run.fJob = MakePlainJob(seed);
+        run.fOptions =
+            "MirrorPrint=True VXwmrSwitch=On number-up=2 VXImageShiftFrontX=3 VXUUID=1 VXPinToPrintExtended=9";
+        run.fFromFile = seed % 2 == 0;
+        ASSERT_EQ(RunFilter(run).fOutput, run.fJob + "\x04") << "seed " << seed;
+    }
+}
