@@ -8,7 +8,8 @@ constexpr std::string_view kEndMarks = "\x04\r\n";
 /// True for the comment of a page, unless the page repeats the one before it, and for that of the trailer.
 bool IsSectionComment(const AJobLine& inLine)
 {
-    const bool isMarked = inLine.GetVisibleText().find(kRepeatedPageMark) != std::string_view::npos;
+    const bool isMarked = ASettingsStore::GetInstance().fIsNativePostScript &&
+                          inLine.GetVisibleText().find(kRepeatedPageMark) != std::string_view::npos;
     return (inLine.OpensWith("%%Page:") && !isMarked) || inLine.OpensWith("%%Trailer");
 }
 
