@@ -30,14 +30,6 @@ constexpr int kJobIdArgument = 1;
 constexpr int kOptionsArgument = 5;
 constexpr int kPrintFileArgument = 6;
 
-/// True for a readable regular file that only root or the filter's own user can have put there.
-bool IsTrusted(const char* inPath)
-{
-    struct stat info = {};
-    return lstat(inPath, &info) == 0 && S_ISREG(info.st_mode) && (info.st_uid == 0 || info.st_uid == geteuid()) &&
-           (info.st_mode & (S_IWGRP | S_IWOTH)) == 0 && access(inPath, R_OK) == 0;
-}
-
 std::string GetArgument(int inIndex)
 {
     const char* const argument = ASettingsStore::GetInstance().GetCommandLineParameter(inIndex);
@@ -94,7 +86,7 @@ void ADebugModule::ExecuteCommandsFromInitFile(ACupsFile& ioJobFile, const char*
 {
     const char* const path = inPath != nullptr ? inPath : kInitFile;
     ACupsFile commands{std::string(path)};
-    if (!IsTrusted(path) || !commands.OpenForRead())
+    if (!IsTrustedFile(path) || !commands.OpenForRead())
     {
         return;
     }
@@ -171,7 +163,7 @@ void ADebugModule::RunCreateTestCase(ACupsFile& ioJobFile, const std::vector<std
 
 void ADebugModule::PauseExecution(bool inOnlyIfTriggered) const
 {
-    if (inOnlyIfTriggered && !IsTrusted(kPauseTriggerFile))
+    if (inOnlyIfTriggered && !IsTrustedFile(kPauseTriggerFile))
     {
         return;
     }

@@ -14,8 +14,8 @@ namespace
 constexpr std::size_t kLargestRead = std::size_t{128} * 1024;
 // After a jump little is read at first: pages in another order are often shorter than a full read.
 constexpr std::size_t kReadAfterJump = std::size_t{16} * 1024;
-constexpr std::size_t kKeptBytes =
-    std::size_t{16} * 1024; ///< room for what a line search keeps of one read for the next
+// A full read behind what a line search keeps of the read before it.
+constexpr std::size_t kReadBufferSize = kLargestRead + std::size_t{16} * 1024;
 constexpr std::size_t kWriteBufferSize = std::size_t{128} * 1024;
 
 } // namespace
@@ -45,23 +45,23 @@ bool AFileStream::Close()
 
 std::string_view AFileStream::GetBuffered() const
 {
-    return {fReadBuffer.data() + fBegin, fEnd - fBegin};
+    return {fReadBuffer.get() + fBegin, fEnd - fBegin};
 }
 
 std::size_t AFileStream::GetNextReadSize(std::size_t inLimit) const
 {
-    return std::min({inLimit, fReadSize, fReadBuffer.size() - fEnd});
+    return std::min({inLimit, fReadSize, kReadBufferSize - fEnd});
 }
 
 void AFileStream::MoveBufferedToFront()
 {
-    if (fReadBuffer.empty())
+    if (fReadBuffer == nullptr)
     {
-        fReadBuffer.resize(kLargestRead + kKeptBytes);
+        fReadBuffer = std::make_unique_for_overwrite<char[]>(kReadBufferSize);
     }
     if (fBegin != 0)
     {
-        std::memmove(fReadBuffer.data(), fReadBuffer.data() + fBegin, fEnd - fBegin);
+        std::memmove(fReadBuffer.get(), fReadBuffer.get() + fBegin, fEnd - fBegin);
         fEnd -= fBegin;
         fBegin = 0;
     }
@@ -83,7 +83,7 @@ bool AFileStream::ReadMore(std::size_t inSize)
 {
     for (;;)
     {
-        const ssize_t count = read(fDescriptor, fReadBuffer.data() + fEnd, inSize);
+        const ssize_t count = read(fDescriptor, fReadBuffer.get() + fEnd, inSize);
         if (count > 0)
         {
             fEnd += static_cast<std::size_t>(count);

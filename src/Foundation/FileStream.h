@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string_view>
 #include <vector>
 
@@ -83,7 +84,7 @@ private:
     int fDescriptor;
     AOwnership fOwnership;
 
-    std::vector<char> fReadBuffer;
+    std::unique_ptr<char[]> fReadBuffer; ///< not cleared first: a short job touches little of it
     std::size_t fBegin = 0; ///< of the unconsumed bytes in the read buffer
     std::size_t fEnd = 0;
     std::size_t fReadSize; ///< bytes that the next read asks for

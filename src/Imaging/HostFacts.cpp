@@ -12,6 +12,7 @@
 #include <pwd.h>
 #include <resolv.h>
 #include <string_view>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 #include <uuid/uuid.h>
@@ -189,4 +190,19 @@ std::set<std::string> GetGroupsForUser(const std::string& inUserName)
         }
     }
     return names;
+}
+
+std::string GetProgramFolder()
+{
+    std::array<char, PATH_MAX> path{};
+    const ssize_t length = readlink("/proc/self/exe", path.data(), path.size());
+    const std::string_view program(path.data(), static_cast<std::size_t>(std::max<ssize_t>(0, length)));
+    return std::string(program.substr(0, program.rfind('/') + 1));
+}
+
+bool IsTrustedFile(const char* inPath)
+{
+    struct stat info = {};
+    return lstat(inPath, &info) == 0 && S_ISREG(info.st_mode) && (info.st_uid == 0 || info.st_uid == geteuid()) &&
+           (info.st_mode & (S_IWGRP | S_IWOTH)) == 0 && access(inPath, R_OK) == 0;
 }

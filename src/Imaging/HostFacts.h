@@ -29,3 +29,9 @@
 /// The names of the groups that the user is a member of, the primary group included; a group without a name is left
 /// out. Empty for an unknown user.
 [[nodiscard]] std::set<std::string> GetGroupsForUser(const std::string& inUserName);
+
+/// Where the running program lies, with a slash at its end; empty when the system does not tell it.
+[[nodiscard]] std::string GetProgramFolder();
+
+/// True for a readable regular file, no link, that only root or the program's own user can have written.
+[[nodiscard]] bool IsTrustedFile(const char* inPath);

@@ -257,17 +257,16 @@ TEST(Watermarks, WithoutAnyFontTheJobIsPrintedUnmarked)
     EXPECT_EQ(Count(OutlineOf(result.fOutput), "showpage"), 3U);
 }
 
-TEST(Watermarks, WithoutTheTextLayoutTheJobIsPrintedUnmarked)
+TEST(Watermarks, WithoutAFontTheJobIsPrintedUnmarked)
 {
     const ATemporaryFolder folder;
-    std::filesystem::copy(VX_FILTER_PATH, folder.GetPath("filter"));
-    folder.Write("job", MakeJob(1));
-    folder.Write("ppd", MakePPD(kMark));
-    const std::string command = "cd " + folder.GetPath() +
-                                " && PPD=ppd CONTENT_TYPE=application/pdf ./filter 1 u t 1 VXwmrSwitch=Overlay job "
-                                ">out 2>log && ! grep -q VXwm out && grep -q 'Text layout is not available' log && "
-                                "grep -q 'without its watermark' log";
-    EXPECT_EQ(std::system(command.c_str()), 0);
+    folder.Write("fonts.conf", "<fontconfig><cachedir>" + folder.GetPath() + "</cachedir></fontconfig>");
+    AFilterRun run = MarkRun("VXwmrSwitch=Overlay");
+    run.fEnvironment = {{"FONTCONFIG_FILE", folder.GetPath("fonts.conf")}};
+    const AFilterResult result = RunFilter(run);
+    EXPECT_EQ(result.fStatus, 0);
+    EXPECT_THAT(result.fOutput, Not(HasSubstr("VXwm")));
+    EXPECT_THAT(result.fLog, AllOf(HasSubstr("no font is installed"), HasSubstr("without its watermark")));
 }
 
 // The loader names every library that it opens.
