@@ -376,7 +376,7 @@ TEST_F(MonitoredJobTest, EndsTheJobOnAFatalErrorAndWaits)
     filter.EndInput();
     EXPECT_FALSE(filter.WaitForEnd(1)) << "it waits to be cancelled";
     filter.Signal(SIGTERM);
-    EXPECT_EQ(filter.WaitForEnd(), -SIGTERM);
+    EXPECT_EQ(filter.WaitForEnd(), 128 + SIGTERM);
 }
 
 TEST_F(MonitoredJobTest, EndsItselfWhenThePrinterCancels)

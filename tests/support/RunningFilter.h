@@ -1,14 +1,14 @@
 #pragma once
 
-#include <chrono>
 #include <condition_variable>
 #include <map>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <sys/types.h>
 #include <thread>
+
+#include "Launch.h"
 
 /// The built filter while it works on a job that the test hands over piece by piece.
 class ARunningFilter
@@ -36,14 +36,14 @@ public:
     /// True while the process has not ended.
     [[nodiscard]] bool IsRunning();
 
-    /// The exit status; minus the signal that ended it; none when it does not end within the time.
+    /// The exit status, or 128 + signal; none when it does not end within the time.
     [[nodiscard]] std::optional<int> WaitForEnd(int inSeconds = 10);
     void Signal(int inSignal) const;
 
 private:
     struct AStream
     {
-        int fDescriptor = -1;
+        APipe fPipe;
         std::string fText;
         std::jthread fReader;
     };
@@ -54,8 +54,8 @@ private:
 
     std::mutex fMutex;
     std::condition_variable fArrived;
-    int fInput = -1;
-    pid_t fProcess = 0;
+    APipe fInput;
+    std::optional<ALaunchedFilter> fFilter;
     std::optional<int> fStatus;
     AStream fOutput;
     AStream fLog;

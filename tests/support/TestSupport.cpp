@@ -1,75 +1,32 @@
 #include "TestSupport.h"
 
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
-#include <vector>
-
 #include <fcntl.h>
-#include <sys/resource.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
+#include <filesystem>
 
+#include "Launch.h"
 #include "TemporaryFolder.h"
 
 namespace
 {
 
-std::string ReadWhole(const std::string& inPath)
-{
-    std::ifstream file(inPath, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
-void WriteWholeFile(const std::string& inPath, std::string_view inText)
-{
-    std::ofstream(inPath, std::ios::binary).write(inText.data(), static_cast<std::streamsize>(inText.size()));
-}
-
-std::vector<std::string> MakeEnvironment(const AFilterRun& inRun, const std::string& inFolder)
+std::map<std::string, std::string> MakeEnvironment(const AFilterRun& inRun, const std::string& inFolder)
 {
     std::map<std::string, std::string> values = {{"PATH", "/usr/bin:/bin"},
                                                  {"PPD", inFolder + "/printer.ppd"},
                                                  {"CONTENT_TYPE", "application/pdf"},
                                                  {"TMPDIR", inFolder + "/tmp"},
                                                  {"SOURCE_DATE_EPOCH", "1700000000"}};
-    for (const char* name : {"ASAN_OPTIONS", "UBSAN_OPTIONS", "TSAN_OPTIONS", "LSAN_OPTIONS", "HOME"})
+    if (const char* const home = std::getenv("HOME"))
     {
-        if (const char* value = std::getenv(name))
-        {
-            values[name] = value;
-        }
+        values["HOME"] = home;
     }
     for (const auto& [name, value] : inRun.fEnvironment)
     {
         values[name] = value;
     }
-    std::vector<std::string> environment;
-    for (const auto& [name, value] : values)
-    {
-        if (!value.empty())
-        {
-            environment.push_back(name + "=" + value);
-        }
-    }
-    return environment;
-}
-
-std::vector<char*> MakePointers(std::vector<std::string>& ioTexts)
-{
-    std::vector<char*> pointers;
-    for (std::string& text : ioTexts)
-    {
-        pointers.push_back(text.data());
-    }
-    pointers.push_back(nullptr);
-    return pointers;
-}
-
-void OpenAs(int inDescriptor, const std::string& inPath, int inFlags)
-{
-    dup2(open(inPath.c_str(), inFlags | O_CLOEXEC, 0600), inDescriptor);
+    std::erase_if(values, [](const auto& inEntry) { return inEntry.second.empty(); });
+    return values;
 }
 
 } // namespace
@@ -77,37 +34,25 @@ void OpenAs(int inDescriptor, const std::string& inPath, int inFlags)
 AFilterResult RunFilter(const AFilterRun& inRun)
 {
     const ATemporaryFolder folder;
-    const std::string base = folder.GetPath();
-    mkdir((base + "/tmp").c_str(), 0700);
-    WriteWholeFile(base + "/printer.ppd", inRun.fPPD.empty() ? MakePPD("") : inRun.fPPD);
-    WriteWholeFile(base + "/job", inRun.fJob);
-    std::vector<std::string> arguments = {VX_FILTER_PATH, "1",           inRun.fUser,
-                                          inRun.fTitle,   inRun.fCopies, inRun.fOptions};
+    std::filesystem::create_directory(folder.GetPath("tmp"));
+    folder.Write("printer.ppd", inRun.fPPD.empty() ? MakePPD("") : inRun.fPPD);
+    const std::string job = folder.Write("job", inRun.fJob);
+    const ADescriptor input(inRun.fFromFile ? "/dev/null" : job, O_RDONLY);
+    const ADescriptor output(folder.GetPath("output"), O_WRONLY | O_CREAT);
+    const ADescriptor log(folder.GetPath("log"), O_WRONLY | O_CREAT);
+    ALaunch launch;
+    launch.fArguments = {"1", inRun.fUser, inRun.fTitle, inRun.fCopies, inRun.fOptions};
     if (inRun.fFromFile)
     {
-        arguments.push_back(base + "/job");
+        launch.fArguments.push_back(job);
     }
-    std::vector<std::string> environment = MakeEnvironment(inRun, base);
-    const std::vector<char*> argumentPointers = MakePointers(arguments);
-    const std::vector<char*> environmentPointers = MakePointers(environment);
-    const pid_t child = fork();
-    if (child == 0)
-    {
-        OpenAs(STDIN_FILENO, inRun.fFromFile ? "/dev/null" : base + "/job", O_RDONLY);
-        OpenAs(STDOUT_FILENO, base + "/output", O_WRONLY | O_CREAT);
-        OpenAs(STDERR_FILENO, base + "/log", O_WRONLY | O_CREAT);
-        if (inRun.fFileSizeLimit)
-        {
-            const rlimit limit = {*inRun.fFileSizeLimit, *inRun.fFileSizeLimit};
-            setrlimit(RLIMIT_FSIZE, &limit);
-        }
-        execve(VX_FILTER_PATH, argumentPointers.data(), environmentPointers.data());
-        _exit(127);
-    }
-    int status = -1;
-    waitpid(child, &status, 0);
-    const int exitStatus = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    return {ReadWhole(base + "/output"), ReadWhole(base + "/log"), exitStatus};
+    launch.fEnvironment = MakeEnvironment(inRun, folder.GetPath());
+    launch.fInput = input.Get();
+    launch.fOutput = output.Get();
+    launch.fErrors = log.Get();
+    launch.fFileSizeLimit = inRun.fFileSizeLimit.value_or(RLIM_INFINITY);
+    const int status = ALaunchedFilter(launch).Wait().value_or(-1);
+    return {ReadFile(folder.GetPath("output")), ReadFile(folder.GetPath("log")), status};
 }
 
 namespace
