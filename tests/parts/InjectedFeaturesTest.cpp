@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <vector>
 
 #include "TemporaryFolder.h"
 #include "TestSupport.h"
@@ -13,17 +14,28 @@
 namespace
 {
 
-constexpr const char* kStatements = R"(*MirrorPrint True/On: ""
+constexpr const char* kStatements = R"(*MirrorPrint: "True"
 *VXInsertOrientation Portrait/P: "<< /Duplex false >> setpagedevice"
 *VXInsertOrientation Landscape/L: "<< /Duplex true >> setpagedevice"
-*VXAccountingInfo: "2"
-*DefaultVXJobAccounting: True
 *VXJobRetentionPersonal_PIN True/On: "/HoldType 1"
 *InputSlot First/F: "<< /MediaPosition 1 >> setpagedevice"
 *InputSlot Rest/R: "<< /MediaPosition 2 >> setpagedevice"
+*VXwmrSwitch: "True"
+*VXBookletFilter: "True"
+*VXHoldJobAction: "preview"
+*VXHoldJob: "True"
+*VXMarginsLayoutMode Standard/S: "<< /Margins [0 0] >> setpagedevice"
+*VXCustomMediaTypePSCode: "<< /MediaType (%s) >> pop"
+*VXImageShiftDetails Front/F: "%f %f translate"
+*VXGrayBalanceAdjustment VXZone1Limit/L: "<< /Limit %d >> pop"
+*VXCyanBrightness: "-1"
+*VXMagentaBrightness: "-1"
+*VXYellowBrightness: "-1"
+*VXBlackBrightness: "-1"
+*VXControlPSCode VXCyanBrightness/C: "<< /Cyan %s >> pop"
 )";
 
-constexpr const char* kFeatures = R"(%%BeginFeature: *VXUserName Set
+constexpr const char* kStorage = R"(%%BeginFeature: *VXUserName Set
 %%EndFeature
 %%BeginFeature: *VXJobName Set
 %%EndFeature
@@ -42,6 +54,23 @@ constexpr const char* kFeatures = R"(%%BeginFeature: *VXUserName Set
 } stopped cleartomark
 )";
 
+constexpr const char* kPageFeatures = R"(%%BeginFeature: *MediaType Plain
+(plain) pop
+%%EndFeature
+%%BeginFeature: *VXMarginsLayoutMode Oversize
+(oversize) pop
+%%EndFeature
+%%BeginFeature: *PageSize A4
+<< /PageSize [595 842] >> setpagedevice
+%%EndFeature
+)";
+
+/// What PostScript printers of language level 2 do not have, taken away.
+constexpr const char* kLevel2 =
+    "%!\nuserdict begin /languagelevel 2 def { addglyph clipsave cliprestore composefont currentsmoothness\n"
+    "setsmoothness findcolorrendering removeall removeglyphs shfill settrapparams settrapzone currenttrapparams\n"
+    "setobjectformat3 GetHalftoneName GetPageDeviceName GetSubstituteCRD } { { stop } def } forall end\n";
+
 /// Leaves two operands on the stack for the pages to find, which say what they find.
 std::string MakeProbedJob(const std::string& inFeatures)
 {
@@ -50,55 +79,108 @@ std::string MakeProbedJob(const std::string& inFeatures)
     for (const char* const page : {"1", "2", "3"})
     {
         job += std::string("%%Page: ") + page + " " + page +
-               "\n%%EndPageSetup\n.5 .7 scale 10 20 translate\ncount = countdictstack = matrix currentmatrix == "
-               "currentpagedevice /MediaPosition 2 copy known {get ==} {pop pop (none) =} ifelse\npstack showpage\n";
+               "\n%%BeginPageSetup\n%%EndPageSetup\n(stacks: )print count =only ( )print countdictstack =\n"
+               "(dictionary: )print currentdict userdict eq =\n(matrix: )print matrix currentmatrix ==\n"
+               "(tray: )print currentpagedevice /MediaPosition 2 copy known {get ==} {pop pop (none) =} ifelse\n"
+               "pstack 0 0 9 9 rectfill showpage\n";
     }
-    return job + "%%Trailer\n%%EOF\n";
+    return job + "%%Trailer\n(end: )print count =only ( )print countdictstack =\n%%EOF\n";
 }
 
-/// What the pages say.
-std::string Print(const std::string& inOptions, const std::string& inFeatures = "")
+struct AFeature
+{
+    std::string fOptions;
+    std::string fSetup = "";
+    const char* fStatements = "";
+    bool fMovesPages = false; ///< the pages find another matrix, or mark other places
+};
+
+/// What the pages say, and a line for each page that is shown; nothing of places if they are meant to move.
+std::string Print(const AFeature& inFeature, const std::string& inLevel)
 {
     AFilterRun run;
-    run.fOptions = inOptions;
-    run.fPPD = MakePPD(kStatements);
-    run.fJob = MakeProbedJob(inFeatures);
+    run.fOptions = inFeature.fOptions + " VXCustomUserName=%28%5c VXCustomJobName=%29 VXPinToPrintExtended=%28%5c "
+                                        "VXUsePINToPrint=True VXwmCodedTextMessage=%28a%5c";
+    run.fPPD = MakePPD(std::string(kStatements) + inFeature.fStatements);
+    run.fJob = MakeProbedJob(inFeature.fSetup);
     run.fTitle = "(unbalanced \\";
     const ATemporaryFolder folder;
     const std::string job = folder.Write("job.ps", RunFilter(run).fOutput);
-    const std::string command = "gs -q -dSAFER -dBATCH -dNOPAUSE -sDEVICE=nullpage " + job + " 2>&1";
+    const std::string boxes = folder.GetPath("boxes");
+    const std::string command = "gs -q -dSAFER -dBATCH -dNOPAUSE -sDEVICE=bbox " + folder.Write("level.ps", inLevel) +
+                                " " + job + " 2>" + boxes + "; cat " + boxes;
     const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
     std::string said;
-    std::array<char, 4096> buffer{};
-    for (std::size_t count = 0; (count = fread(buffer.data(), 1, buffer.size(), pipe.get())) > 0;)
+    std::array<char, 4096> line{};
+    while (fgets(line.data(), line.size(), pipe.get()) != nullptr)
     {
-        said.append(buffer.data(), count);
+        const std::string_view text = line.data();
+        const bool isPlace = text.starts_with("%%") || text.starts_with("matrix: ");
+        said += isPlace && inFeature.fMovesPages ? "" : text;
+        said += text.starts_with("%%BoundingBox") ? "shown\n" : "";
     }
-    EXPECT_EQ(said.find("Error"), std::string::npos) << inOptions << '\n' << said;
+    EXPECT_EQ(said.find("Error"), std::string::npos) << inFeature.fOptions << '\n' << said;
     return said;
+}
+
+std::string Storage(const char* inRetention)
+{
+    return Replace(kStorage, "RETENTION", inRetention);
+}
+
+/// Each printer's language level and all features are held against a job that asks for none.
+void ExpectNoTrace(const std::vector<AFeature>& inFeatures, bool inMovesPages)
+{
+    for (const char* const level : {"%!\n", kLevel2})
+    {
+        const std::string plain = Print({"", "", "", inMovesPages}, level);
+        ASSERT_NE(plain, "");
+        for (AFeature feature : inFeatures)
+        {
+            feature.fMovesPages = inMovesPages;
+            EXPECT_EQ(Print(feature, level), plain) << feature.fOptions;
+        }
+    }
 }
 
 } // namespace
 
 TEST(InjectedFeatures, LeaveThePagesAsTheyWere)
 {
-    const std::string names = " VXCustomUserName=%28%5c VXCustomJobName=%29 VXPinToPrintExtended=%28%5c"
-                              " VXUsePINToPrint=True VXAccountingInfo=1";
-    const std::string plain = Print("");
-    ASSERT_NE(plain, "");
-    EXPECT_EQ(plain, Print("PMPageOrientation=2"));
-    for (const char* const retention : {"VXJobRetentionPrivate", "VXJobRetentionProof", "VXJobRetentionPersonal"})
-    {
-        const std::string features = Replace(kFeatures, "RETENTION", retention);
-        EXPECT_EQ(plain, Print(std::string("VXJobRetention=") + retention + names, features));
-    }
-    const std::string mirrored = Print("MirrorPrint=True");
-    EXPECT_NE(plain, mirrored);
-    std::string fed = Print("MirrorPrint=True AP_FIRSTPAGE_InputSlot=First InputSlot=Rest");
-    for (const char* const source : {"\n1\n", "\n2\n", "\n2\n"})
+    ExpectNoTrace({{"PMPageOrientation=2"},
+                   {"VXCustomMediaTypeID=7 VXCustomMediaTypeName=x media=A4", kPageFeatures},
+                   {"media=Custom.300x400 Product=7300vq PPDVersion=1.0"},
+                   {"VXHoldJob=True"},
+                   {"VXAccountingInfo=1", "", "*VXAccountingInfo: \"2\"\n"},
+                   {"VXJobAccounting=True", "", "*VXAccountingInfo: \"3\"\n*DefaultVXJobAccounting: True\n"},
+                   {"sides=two-sided-long-edge"},
+                   {"VXJobRetention=VXJobRetentionPrivate", Storage("VXJobRetentionPrivate")},
+                   {"VXJobRetention=VXJobRetentionProof", Storage("VXJobRetentionProof")},
+                   {"VXJobRetention=VXJobRetentionPersonal", Storage("VXJobRetentionPersonal")}},
+                  false);
+}
+
+TEST(InjectedFeatures, MoveOrMarkThePagesAndNothingElse)
+{
+    const std::string shift = "%%BeginFeature: *VXImageShiftFront True\n%%EndFeature\n";
+    ExpectNoTrace({{"VXwmrSwitch=Watermark VXwmrTextStyle=Halo"},
+                   {"VXwmrSwitch=Overlay VXwmrTextStyle=Fill orientation-requested=4"},
+                   {"VXImageShiftFront=True VXImageShiftFrontX=10", shift},
+                   {"VXImageShiftFront=True PMPageOrientation=2 VXJobRetention=VXJobRetentionPrivate "
+                    "VXwmrSwitch=Overlay sides=two-sided-long-edge VXHoldJob=True",
+                    shift + Storage("VXJobRetentionPrivate") + kPageFeatures}},
+                  true);
+}
+
+// A mirror leaves its matrix on the operand stack; nothing else.
+TEST(InjectedFeatures, PaperSourcesChangeNothingButTheTray)
+{
+    const std::string mirrored = Print({"MirrorPrint=True"}, "%!\n");
+    std::string fed = Print({"MirrorPrint=True AP_FIRSTPAGE_InputSlot=First InputSlot=Rest"}, "%!\n");
+    for (const char* const source : {"tray: 1\n", "tray: 2\n", "tray: 2\n"})
     {
         EXPECT_NE(fed.find(source), std::string::npos);
-        fed = Replace(fed, source, "\nnone\n");
+        fed = Replace(fed, source, "tray: none\n");
     }
     EXPECT_EQ(mirrored, fed);
 }
