@@ -345,7 +345,7 @@ TEST_F(MonitoredJobTest, HoldsTheJobWhileThePrinterIsStopped)
     {
         all += GetPage(++pages);
         filter.Feed(GetPage(pages));
-    } while (pages < 50 && filter.WaitForOutput(GetPage(pages), 1));
+    } while (pages < 100000 && filter.WaitForOutput(GetPage(pages), 1));
     filter.Feed(fTail);
     filter.EndInput();
     EXPECT_FALSE(filter.WaitForEnd(1));
