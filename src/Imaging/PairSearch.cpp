@@ -4,7 +4,8 @@
 #include <cstring>
 #include <span>
 
-#if defined(__x86_64__) && __has_include(<sys/platform/x86.h>)
+// The C library's header is not for clang, which only looks for faults here.
+#if defined(__x86_64__) && !defined(__clang__) && __has_include(<sys/platform/x86.h>)
 #include <sys/platform/x86.h>
 #define VX_HAS_WIDE_STEPS
 #endif
