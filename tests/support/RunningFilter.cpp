@@ -88,7 +88,17 @@ bool ARunningFilter::IsRunning()
 
 std::optional<int> ARunningFilter::WaitForEnd(int inSeconds)
 {
-    fStatus = fStatus ? fStatus : fFilter->Wait(std::chrono::seconds(inSeconds));
+    if (!fStatus)
+    {
+        fStatus = fFilter->Wait(std::chrono::seconds(inSeconds));
+    }
+    for (AStream* stream : {&fOutput, &fLog})
+    {
+        if (fStatus && stream->fReader.joinable())
+        {
+            stream->fReader.join();
+        }
+    }
     return fStatus;
 }
 

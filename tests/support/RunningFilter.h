@@ -36,7 +36,7 @@ public:
     /// True while the process has not ended.
     [[nodiscard]] bool IsRunning();
 
-    /// The exit status, or 128 + signal; none when it does not end within the time.
+    /// The exit status, or 128 + signal, once all output has arrived; none when it does not end within the time.
     [[nodiscard]] std::optional<int> WaitForEnd(int inSeconds = 10);
     void Signal(int inSignal) const;
 
