@@ -168,8 +168,7 @@ TEST_F(PreviewAgentTest, MessageFollowsTheJob)
     EXPECT_EQ(GetMessage("VXDeviceIP=10.0.0.7 VXUUID=a%20b VXJobAccounting=None"), page + "\n");
     EXPECT_EQ(GetMessage("VXDeviceIP=10.0.0.7 VXUUID=a%20b", "*VXJobAccounting: \"1\"\n"), page + "\n");
     EXPECT_EQ(GetMessage("VXUUID=j%22%FF VXDeviceIP=10.0.0.7", action),
-              "{\"method\":\"performPPDAction\",\"params\":[\"show\",[\"" VX_FILTER_PATH
-              "\",\"j\\\"\xEF\xBF\xBD\"]]}\n");
+              "{\"method\":\"performPPDAction\",\"params\":[\"show\",[\"vxpostprocessing\",\"j\\\"\xEF\xBF\xBD\"]]}\n");
     EXPECT_EQ(GetMessage("VXDeviceIP=10.0.0.7", action), "") << "an action needs the job";
     EXPECT_EQ(GetMessage(""), "");
     EXPECT_EQ(GetMessage("VXDeviceIP=10.0.0.7 VXJobAccounting=None"), "") << "a job's page needs the job";
@@ -203,7 +202,7 @@ TEST_F(AgentTest, ShowsThePageOfAHeldJob)
     EXPECT_EQ(RunHeldJob("VXDeviceIP=10.0.0.7 VXUUID=j1 VXJobAccounting=None").fStatus, 0);
     EXPECT_TRUE(WaitForRecord("xdg-open http://10.0.0.7/vx/device/webAccess/preview.htm?ID=j1\n"));
     EXPECT_EQ(RunHeldJob("VXUUID=j2", "*VXHoldJobAction True: \"showHeldJob\"\n").fStatus, 0);
-    EXPECT_TRUE(WaitForRecord("viewer --held " VX_FILTER_PATH " j2\n"));
+    EXPECT_TRUE(WaitForRecord("viewer --held vxpostprocessing j2\n"));
 }
 
 TEST_F(AgentTest, DoesNothingElse)
