@@ -135,19 +135,20 @@ void AIPPExchange::Cancel()
     }
 }
 
-AIPPAnswer Fail(const char* inReason)
+AIPPAnswer Fail(std::string inReason)
 {
     AIPPAnswer answer;
-    answer.fError = inReason;
+    answer.fError = std::move(inReason);
     return answer;
 }
 
 AIPPAnswer ReadAnswer(ipp_t& inMessage)
 {
-    const ipp_status_t status = ippGetStatusCode(&inMessage);
+    // A number, as a device may send one that the enumeration does not have.
+    const int status = ippGetStatusCode(&inMessage);
     if (status < IPP_STATUS_OK || status >= IPP_STATUS_REDIRECTION_OTHER_SITE)
     {
-        return Fail(ippErrorString(status));
+        return Fail("The device refuses to answer, with IPP status " + std::to_string(status) + ".");
     }
     AIPPAnswer answer;
     answer.fIsValid = true;
