@@ -13,12 +13,6 @@
 #include "TemporaryFolder.h"
 #include "TestSupport.h"
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool kIsSanitized = true;
-#else
-constexpr bool kIsSanitized = false;
-#endif
-
 namespace
 {
 

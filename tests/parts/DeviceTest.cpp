@@ -200,7 +200,7 @@ TEST_F(DeviceTest, WhatIsNoAnswerIsRefused)
         fPrinter.Misbehave(fault);
         const auto start = AClock::now();
         EXPECT_FALSE(device->Resolve({})) << name;
-        EXPECT_LT(AClock::now() - start, std::chrono::seconds(3)) << name;
+        EXPECT_LT(AClock::now() - start, std::chrono::seconds(7)) << name << ": not for want of time";
     }
     fPrinter.SetState(3);
     EXPECT_TRUE(device->Resolve({}));

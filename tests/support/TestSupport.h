@@ -5,6 +5,13 @@
 #include <string>
 #include <string_view>
 
+// A sanitizer makes everything slower and larger: tests do less there, and do not judge sizes.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+inline constexpr bool kIsSanitized = true;
+#else
+inline constexpr bool kIsSanitized = false;
+#endif
+
 /// One run of the built filter: what CUPS gives it. Everything has a usual value, so that a test states what it is
 /// about.
 struct AFilterRun
