@@ -258,7 +258,7 @@ bool ADocumentIterator::MayEnterPage(const AJobLine& inPageLine)
 
 void ADocumentIterator::HandleLine(const AJobLine& inLine)
 {
-    if (IsTrailerMissing() && inLine.fText.find(kEndOfJob) != std::string_view::npos && IsEndOfJob(inLine))
+    if (IsTrailerMissing(fPageWasSeen || inLine.Holds(kPage)) && IsEndOfJob(inLine))
     {
         HandleEndOfJob(inLine);
         return;
@@ -274,9 +274,9 @@ void ADocumentIterator::HandleLine(const AJobLine& inLine)
     PerformTasksForLine(inLine);
 }
 
-bool ADocumentIterator::IsTrailerMissing() const
+bool ADocumentIterator::IsTrailerMissing(bool inPageWasSeen) const
 {
-    return fPageWasSeen && !fTrailerWasSeen && !fInput.IsError() && IsLineAwaited(kTrailer);
+    return inPageWasSeen && !fTrailerWasSeen && !fInput.IsError() && IsLineAwaited(kTrailer);
 }
 
 /// True when the line ends with the end-of-job byte and nothing but such bytes and line ends follows it in the job.
@@ -301,7 +301,7 @@ void ADocumentIterator::HandleEndOfJob(const AJobLine& inLine)
 
 void ADocumentIterator::HandleMissingTrailer()
 {
-    if (IsTrailerMissing())
+    if (IsTrailerMissing(fPageWasSeen))
     {
         HandleMissingLine(kTrailer);
     }

@@ -83,7 +83,7 @@ private:
     [[nodiscard]] AJobLine ReadLine(bool& outIsEOF);
     [[nodiscard]] bool MayEnterPage(const AJobLine& inPageLine);
     void HandleLine(const AJobLine& inLine);
-    [[nodiscard]] bool IsTrailerMissing() const;
+    [[nodiscard]] bool IsTrailerMissing(bool inPageWasSeen) const;
     [[nodiscard]] bool IsEndOfJob(const AJobLine& inLine);
     void HandleEndOfJob(const AJobLine& inLine);
     void HandleMissingTrailer();

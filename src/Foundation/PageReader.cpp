@@ -47,12 +47,15 @@ AJobLine APageReader::Follow(AJobLine inLine, bool& ioIsEOF)
     {
         return FollowLastLine(inLine, ioIsEOF);
     }
-    if (!ioIsEOF && !IsBoundary(inLine))
-    {
-        return inLine;
-    }
     if (!ioIsEOF)
     {
+        const bool endsFile = EndsFile(inLine) && IsAnythingDue();
+        const bool isBoundary = IsSectionComment(inLine) ||
+                                (endsFile && inLine.fText.find_first_not_of(kEndMarks) == std::string_view::npos);
+        if (!isBoundary)
+        {
+            return endsFile ? CloseLine(inLine) : inLine;
+        }
         GetFile().UnreadLine();
     }
     return DeliverNext(ioIsEOF);
@@ -61,25 +64,39 @@ AJobLine APageReader::Follow(AJobLine inLine, bool& ioIsEOF)
 /// When more follows what ended the file, that gets a line of its own, and no end-of-job byte may stand in front of it.
 AJobLine APageReader::FollowLastLine(AJobLine inLine, bool& ioIsEOF)
 {
-    const std::size_t size = inLine.fText.find_last_not_of(kEndMarks) + 1;
-    if (size == 0 || IsSectionComment(inLine))
+    const bool holdsText = inLine.fText.find_first_not_of(kEndMarks) != std::string_view::npos;
+    if (!holdsText || IsSectionComment(inLine))
     {
-        return IsAnythingDue() || size != 0 ? DeliverNext(ioIsEOF) : inLine;
+        return IsAnythingDue() || holdsText ? DeliverNext(ioIsEOF) : inLine;
     }
-    if (IsAnythingDue())
+    if (!IsAnythingDue())
     {
-        ioIsEOF = false;
-        fText = std::string(inLine.fText.substr(0, size)) + "\n";
-        inLine.fText = fText;
+        return inLine;
     }
+    ioIsEOF = false;
+    return CloseLine(inLine);
+}
+
+/// The line with a line end in the place of its end marks.
+AJobLine APageReader::CloseLine(AJobLine inLine)
+{
+    fText = std::string(inLine.fText.substr(0, inLine.fText.find_last_not_of(kEndMarks) + 1)) + "\n";
+    inLine.fText = fText;
     return inLine;
 }
 
-bool APageReader::IsBoundary(const AJobLine& inLine)
+/// True when the line ends with an end-of-job byte, and nothing but such bytes and line ends follows it in the file. To
+/// know that, the file is read on: such a line moves out of the file's buffer.
+bool APageReader::EndsFile(AJobLine& ioLine)
 {
-    const bool isEndMark =
-        inLine.OpensWith("\x04") && inLine.fText.find_first_not_of(kEndMarks) == std::string_view::npos;
-    return IsSectionComment(inLine) || (isEndMark && IsAnythingDue() && GetFile().IsRestOf(kEndMarks));
+    const std::size_t size = ioLine.fText.find_last_not_of(kEndMarks) + 1;
+    if (ioLine.fText.find('\x04', size) == std::string_view::npos)
+    {
+        return false;
+    }
+    fText = ioLine.fText;
+    ioLine.fText = fText;
+    return GetFile().IsRestOf(kEndMarks);
 }
 
 AJobLine APageReader::DeliverNext(bool& outIsEOF)

@@ -18,8 +18,9 @@ public:
 private:
     [[nodiscard]] AJobLine Follow(AJobLine inLine, bool& ioIsEOF);
     [[nodiscard]] AJobLine FollowLastLine(AJobLine inLine, bool& ioIsEOF);
+    [[nodiscard]] AJobLine CloseLine(AJobLine inLine);
     [[nodiscard]] bool IsAnythingDue() const;
-    [[nodiscard]] bool IsBoundary(const AJobLine& inLine);
+    [[nodiscard]] bool EndsFile(AJobLine& ioLine);
     [[nodiscard]] AJobLine DeliverNext(bool& outIsEOF);
     [[nodiscard]] AJobLine DeliverPage(std::int64_t inOffset);
     void SkipPageComment();

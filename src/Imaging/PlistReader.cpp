@@ -2,6 +2,7 @@
 #include <fstream>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <plist/plist.h>
 #include <type_traits>
 #include <utility>

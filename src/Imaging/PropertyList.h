@@ -1,15 +1,12 @@
 #pragma once
 
-#include <functional>
-#include <map>
 #include <optional>
 #include <string>
 
+#include "Imaging/TextDictionary.h"
+
 // Property lists in their XML form (Apple PropertyList-1.0.dtd). Entries of another type than the one that is read are
 // left out. None: the file cannot be read or is no property list with a dictionary at its top.
-
-using ATextDictionary = std::map<std::string, std::string, std::less<>>;
-using ATextDictionaries = std::map<std::string, ATextDictionary, std::less<>>;
 
 /// A dictionary of texts.
 [[nodiscard]] std::optional<ATextDictionary> ReadTextDictionary(const std::string& inPath);

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "Imaging/PropertyList.h"
+#include "Imaging/TextDictionary.h"
 
 // What the program and the module that reads property lists agree on. Both come from one build.
 

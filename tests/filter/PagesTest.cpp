@@ -98,6 +98,7 @@ TEST(Pages, EveryEndOfAJobIsAnEnd)
     EXPECT_EQ(ReverseTwo("", "\x04"), Turned("", "\x04")) << "end-of-job byte right behind a page";
     EXPECT_EQ(ReverseTwo("", "last words"), kHead + Page(1, 2, "last words\n") + Page(2, 1, "\x04")) << "no line end";
     EXPECT_EQ(ReverseTwo("", "last words\x04"), kHead + Page(1, 2, "last words\n") + Page(2, 1, "\x04"));
+    EXPECT_EQ(ReverseTwo("", "last words\x04\n\x04"), kHead + Page(1, 2, "last words\n") + Page(2, 1, "\x04"));
     EXPECT_EQ(ReverseTwo("", "%%Trailer"), Turned("", "%%Trailer\x04")) << "no line end behind the trailer";
     EXPECT_EQ(ReverseTwo("", std::string(kTrailer) + "more\n" + kTrailer), Turned("", whole)) << "two trailers";
     EXPECT_EQ(Reverse(kHead + Page(1) + kTrailer + Page(2) + kTrailer), Turned("", whole)) << "a page behind a trailer";
