@@ -50,9 +50,11 @@ print_description() { # pattern of statements that stay
 # Runs the filter on the job; the time and the name of the host are made such that all runs are alike.
 run_filter() { # options pattern of statements
     print_description "${2:-none}" >"$scratch/printer.ppd"
-    PPD=$scratch/printer.ppd CONTENT_TYPE=application/pdf DEVICE_URI=file:/dev/null SOURCE_DATE_EPOCH=1767225600 \
+    env -u PRINTER PPD="$scratch/printer.ppd" CONTENT_TYPE=application/pdf DEVICE_URI=file:/dev/null \
+        SOURCE_DATE_EPOCH=1767225600 \
         "$kFilter" 1 guest "Quarterly report" 1 "$1" "$scratch/before.ps" 2>"$scratch/log" |
-        LC_ALL=C sed -e "s/($(hostname -s))/(server)/" -e "s/\(SetDomain get \)(.*)/\1()/" -e "/JobAcct3/d" | tr -d '\004' >"$scratch/after.ps"
+        LC_ALL=C sed -e "s/($(hostname -s))/(server)/" -e 's/\(SetDomain get \)(.*)/\1()/' -e /JobAcct3/d |
+        tr -d '\004' >"$scratch/after.ps"
 }
 
 # The pages of a job side by side, each in a frame.
@@ -86,7 +88,8 @@ show_pages() { # page name options text pages features...
     run_filter "$3"
     draw_pages "$scratch/before.ps" "$2-before"
     draw_pages "$scratch/after.ps" "$2-after"
-    printf '\n![before](pictures/features/%s-before.png)\n\n![after](pictures/features/%s-after.png)\n' "$2" "$2"
+    printf '\nBefore:\n\n![before](pictures/features/%s-before.png)\n' "$2"
+    printf '\nAfter:\n\n![after](pictures/features/%s-after.png)\n' "$2"
 }
 
 # What changes in the text of a job.

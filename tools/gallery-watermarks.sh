@@ -32,7 +32,7 @@ END
 # Prints a page with a mark; writes NAME.png.
 draw_mark() { # name width height turn content options
     print_marked_job "$2" "$3" "$4" "$5" >"$scratch/job.ps"
-    PPD=$kPPDs/office.ppd CONTENT_TYPE=application/pdf "$kFilter" 1 user gallery 1 "VXwmrSwitch=Watermark $6" \
+    env -u PRINTER PPD="$kPPDs/office.ppd" CONTENT_TYPE=application/pdf "$kFilter" 1 user gallery 1 "VXwmrSwitch=Watermark $6" \
         "$scratch/job.ps" >"$scratch/marked.ps" 2>"$scratch/log"
     gs -q -dSAFER -dBATCH -dNOPAUSE -sDEVICE=png16m -dTextAlphaBits=4 -dGraphicsAlphaBits=4 -r48 \
         -o "$kMarksPictures/$1.png" "$scratch/marked.ps" >&2
