@@ -2,12 +2,18 @@
 
 readonly kFilters=/usr/lib/cups/filter
 
+# The resources of the built program in one folder, as they lie when installed.
+link_resources() { # folder
+    mkdir -p "$1"
+    ln -s "$kRoot"/resources/* "$1/"
+    ln -sfn "$kRoot/build/release/guides" "$1/guides"
+}
+
 # A folder of filter programs for cupsfilter(8), CUPS's own and ours, and of resources as they lie when installed. The
 # chain's environment is made anew by cupsfilter, so what the filter needs beyond it stands in the script that starts it.
 make_chain() { # folder
-    mkdir -p "$1/filter" "$1/resources"
-    ln -s "$kRoot"/resources/* "$1/resources/"
-    ln -sfn "$kRoot/build/release/guides" "$1/resources/guides"
+    mkdir -p "$1/filter"
+    link_resources "$1/resources"
     ln -s "$kFilters"/* "$1/filter/"
     rm -f "$1/filter/vxpostprocessing"
     {

@@ -1,4 +1,5 @@
-# Checks a print option against a printer description and the list of job options. To be sourced.
+# Checks a print option against a printer description and the table of job options, docs/options/options.tsv. To be
+# sourced.
 
 # The choices that a printer description has for a keyword, inside an option group or outside of it.
 ppd_choices() { # ppd keyword
@@ -7,9 +8,10 @@ ppd_choices() { # ppd keyword
 
 is_number() { [[ $1 =~ ^[+-]?([0-9]+(\.[0-9]*)?|\.[0-9]+)$ ]]; }
 
-# What the value of a job option may be: nothing when the list does not have the option.
+# What the value of a job option may be: nothing when the table does not have the option. "@" is the printer's own option.
 job_option_patterns() { # option
-    awk -v name="$1" '$1 == name { $1 = ""; print }' "$kRoot/tools/job-options"
+    awk -F'\t' -v name="$1" '$1 == "job" && $2 == name { sub(/^@$/, "@" name, $5); print $5; exit }' \
+        "$kRoot/docs/options/options.tsv"
 }
 
 matches_pattern() { # ppd value pattern

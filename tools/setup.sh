@@ -55,13 +55,11 @@ show_progress() { # title log seconds
     fi
 }
 
-# Runs a command with its output in a log; says what it does only when it takes longer than a moment, shows the end of
-# the log when it fails.
-step() { # title command...
-    local title=$1 log=$kLogFolder/${1//[^A-Za-z0-9]/-}.log seconds=0 ticks=0 status=0
-    shift
-    mkdir -p "$kLogFolder"
-    "$@" >"$log" 2>&1 </dev/null &
+# Runs a command with its output in a log; says what it does only when it takes longer than a moment. Its status is left in
+# watch_status: where a failing function is asked for, the shell would run it on behind a command that failed.
+watch() { # title log command...
+    local title=$1 log=$2 seconds=0 ticks=0
+    "${@:3}" >"$log" 2>&1 </dev/null &
     local child=$!
     while kill -0 "$child" 2>/dev/null; do
         sleep 0.1
@@ -69,16 +67,24 @@ step() { # title command...
             show_progress "$title" "$log" $((++seconds))
         fi
     done
-    wait "$child" || status=$?
+    watch_status=0
+    wait "$child" || watch_status=$?
     if [[ -t 1 ]] && ((seconds)); then
         printf '\r\033[K'
     fi
-    if ((status)); then
-        tail -n 40 "$log" >&2
-        fail "$title failed; the whole log is $log"
-    fi
-    if ((seconds)); then
+    if ((seconds && !watch_status)); then
         printf '%s: %d s\n' "$title" "$seconds"
+    fi
+}
+
+# The same for what fails by nobody's fault: the end of the log tells what happened.
+step() { # title command...
+    local log=$kLogFolder/${1//[^A-Za-z0-9]/-}.log
+    mkdir -p "$kLogFolder"
+    watch "$1" "$log" "${@:2}"
+    if ((watch_status)); then
+        tail -n 40 "$log" >&2
+        fail "$1 failed; the whole log is $log"
     fi
 }
 

@@ -32,7 +32,7 @@ inline constexpr std::string_view kPMApplicationNameKey = "PMApplicationName";
 inline constexpr std::string_view kMFPrintOnBottom = "MFPrintOnBottom";
 
 // Job storage and accounting.
-inline constexpr std::string_view kVXJobRetentionPersonalKeyRef = "VXJobRetentionPersonal";
+inline constexpr std::string_view kVXJobRetentionPersonalPINKeyRef = "VXJobRetentionPersonal_PIN";
 inline constexpr std::string_view kVXJobAccountingPPDKeyRef = "VXJobAccounting";
 inline constexpr std::string_view kVXHoldJobActionPPDKeyRef = "VXHoldJobAction";
 

@@ -123,7 +123,7 @@ void AJobStorageProcessor::ProcessOtherFeature(const APostScriptLineInfo& inLine
     }
     else if (inLine.Holds("VXJobRetentionPersonal"))
     {
-        ExtendInvocation(kVXJobRetentionPersonalKeyRef);
+        ExtendPersonalJob();
         CompleteTask("VXJobRetentionOption");
     }
     else if (inLine.Holds("VXUsePINToPrint"))
@@ -188,7 +188,7 @@ void AJobStorageProcessor::InjectPIN()
     }
 }
 
-void AJobStorageProcessor::ExtendInvocation(std::string_view inKeyword)
+void AJobStorageProcessor::ExtendPersonalJob()
 {
     AOptionValue usesPIN = GetCUPSOption("VXUsePINToPrint");
     if (usesPIN == "true")
@@ -200,7 +200,7 @@ void AJobStorageProcessor::ExtendInvocation(std::string_view inKeyword)
         usesPIN = kFalseValueRef;
     }
     const auto code =
-        usesPIN ? GetSettingsStore().GetInvocationCode(std::string(inKeyword) + "_PIN", *usesPIN) : std::nullopt;
+        usesPIN ? GetSettingsStore().GetInvocationCode(kVXJobRetentionPersonalPINKeyRef, *usesPIN) : std::nullopt;
     if (code)
     {
         FillCurrentFeature(" /Hold ", *code, kLineBufferSize);

@@ -28,7 +28,7 @@ private:
     void InsertStringCodeSetInvocation(const char* inKey, const std::string& inValue);
     [[nodiscard]] std::string CreatePINInvocationString(bool inStore) const;
     void InjectPIN();
-    void ExtendInvocation(std::string_view inKeyword);
+    void ExtendPersonalJob();
     void FillCurrentFeature(std::string_view inMark, const std::string& inArgument, std::size_t inBufferSize);
 
     std::string fUserName; ///< as it stands in PostScript parentheses, in UTF-8
