@@ -42,6 +42,8 @@ TEST(MirrorPrint, AJobWithoutSetupOrTrailerGetsBoth)
     const std::string expected =
         std::string(kCode) + "%%Page: 1 1\nshowpage\nVXsave\nVXshowpage\nVXrestore\n%%Trailer\n\x04";
     EXPECT_TRUE(result.fOutput.ends_with(expected)) << result.fOutput;
+    const AFilterResult shortest = RunFilter(MirrorRun("%!PS-Adobe-3.0\n%%EndComments\n%%Page: 1 1\x04"));
+    EXPECT_TRUE(shortest.fOutput.ends_with(Replace(expected, "showpage\n", ""))) << shortest.fOutput;
 }
 
 TEST(MirrorPrint, NothingHappensWithoutThePrintersSupport)
