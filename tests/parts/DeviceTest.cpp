@@ -290,7 +290,8 @@ class MonitoredJobTest : public testing::Test
 protected:
     [[nodiscard]] std::map<std::string, std::string> GetEnvironment(const char* inMonitoring = "True") const
     {
-        const std::string statement = std::string("*VXSupportDeviceStatusMonitoring: \"") + inMonitoring + "\"\n";
+        const std::string statement =
+            std::string("*VXSupportDeviceStatusMonitoring: \"") + inMonitoring + "\"\n*MirrorPrint: \"True\"\n";
         return {{"PPD", fFolder.Write("printer.ppd", MakePPD(statement))},
                 {"CONTENT_TYPE", "application/pdf"},
                 {"VX_RESOURCES", kResources},
@@ -354,6 +355,21 @@ TEST_F(MonitoredJobTest, HoldsTheJobWhileThePrinterIsStopped)
     EXPECT_TRUE(filter.WaitForLog("\nWARNING: recovered:\n", 20));
     EXPECT_EQ(filter.WaitForEnd(), 0);
     EXPECT_THAT(filter.GetOutput(), HasSubstr(all + fTail + "\x04"));
+}
+
+// Line by line the output has a buffer, which a few pages do not fill.
+TEST_F(MonitoredJobTest, GivesWhatThereIsBeforeAPause)
+{
+    fPrinter.SetState(5);
+    ARunningFilter filter("MirrorPrint=True", GetEnvironment());
+    filter.Feed(fHead);
+    ASSERT_TRUE(filter.WaitForLog(kStopped));
+    int pages = 0;
+    do
+    {
+        filter.Feed(GetPage(++pages));
+    } while (pages < 20 && !filter.WaitForOutput("%%EndSetup\n", 1));
+    EXPECT_LT(pages, 20);
 }
 
 TEST_F(MonitoredJobTest, EndsTheJobOnAFatalErrorAndWaits)

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <random>
 
@@ -310,15 +311,15 @@ AScript MakeRandomScript(ARandom& ioRandom)
     return script;
 }
 
-std::string RunReal(const ATemporaryFolder& inFolder, const std::string& inJob, AScript& ioScript)
+std::string Iterate(const ATemporaryFolder& inFolder, const std::string& inJob,
+                    const std::function<void(ADocumentIterator&)>& inRun)
 {
     ACupsFile input(inFolder.Write("job", inJob));
     ACupsFile output(inFolder.GetPath("output"));
     EXPECT_TRUE(input.OpenForRead() && output.OpenForReadAndWrite());
     {
         ADocumentIterator iterator(input, output);
-        const AScriptedProcessor processor(iterator, ioScript);
-        iterator.IterateDocument();
+        inRun(iterator);
     }
     EXPECT_TRUE(output.Finish());
     output.Rewind();
@@ -330,6 +331,16 @@ std::string RunReal(const ATemporaryFolder& inFolder, const std::string& inJob, 
     output.Close();
     input.Close();
     return text;
+}
+
+std::string RunReal(const ATemporaryFolder& inFolder, const std::string& inJob, AScript& ioScript)
+{
+    return Iterate(inFolder, inJob,
+                   [&](ADocumentIterator& ioIterator)
+                   {
+                       const AScriptedProcessor processor(ioIterator, ioScript);
+                       ioIterator.IterateDocument();
+                   });
 }
 
 } // namespace
@@ -351,4 +362,27 @@ TEST(Iteration, SpansAndLinesGiveTheSameJob)
         ASSERT_TRUE(script.fBehaviour.fSeen == simpleScript.fBehaviour.fSeen) << "seed " << seed;
     }
     LoggerSetLogLevel(kLogTrace);
+}
+
+TEST(Iteration, ATerminationLetsTheFirstPageFinish)
+{
+    const ATemporaryFolder folder;
+    const std::string start = "%!PS-Adobe-3.0\n%%Page: 1 1\nshowpage\n";
+    const std::string rest = "%%Page: 2 2\nshowpage\n%%Trailer\n";
+    for (const bool isAllowed : {false, true})
+    {
+        AScript script;
+        script.fTasks.push_back({"never there", kBeforeLine, "", false, false});
+        const auto run = [&](ADocumentIterator& ioIterator)
+        {
+            if (isAllowed)
+            {
+                ioIterator.SetShouldHandleTermination();
+            }
+            const AScriptedProcessor processor(ioIterator, script);
+            ioIterator.TerminateIteration();
+            ioIterator.IterateDocument();
+        };
+        EXPECT_EQ(Iterate(folder, start + rest, run), start + (isAllowed ? "%%EOF\x04" : rest + "\x04"));
+    }
 }
