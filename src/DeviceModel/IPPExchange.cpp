@@ -233,7 +233,7 @@ bool AIPPExchange::Send(http_t& ioConnection) const
 
 AIPPMessage AIPPExchange::Receive(http_t& ioConnection)
 {
-    http_status_t status = HTTP_STATUS_CONTINUE;
+    int status = HTTP_STATUS_CONTINUE; // a number, as in ReadAnswer
     while (status == HTTP_STATUS_CONTINUE && !IsCancelled())
     {
         status = httpUpdate(&ioConnection);
