@@ -364,6 +364,23 @@ TEST(Iteration, SpansAndLinesGiveTheSameJob)
     LoggerSetLogLevel(kLogTrace);
 }
 
+TEST(Iteration, FindsALineThatTwoReadsBring)
+{
+    LoggerSetLogLevel(kLogError);
+    const ATemporaryFolder folder;
+    constexpr std::size_t kRead = 131072;
+    for (std::size_t before = kRead - 24; before <= kRead; ++before)
+    {
+        AScript script;
+        script.fTasks.push_back({"VXName", kBeforeLine, "", false, false});
+        script.fBehaviour.fActions = {7};
+        const std::string job = std::string(before, '\n') + "some code VXName Set\nmore\n";
+        EXPECT_TRUE(RunReal(folder, job, script) == job + "\x04") << before;
+        EXPECT_EQ(script.fBehaviour.fSeen.size(), 1U) << before;
+    }
+    LoggerSetLogLevel(kLogTrace);
+}
+
 TEST(Iteration, ATerminationLetsTheFirstPageFinish)
 {
     const ATemporaryFolder folder;
