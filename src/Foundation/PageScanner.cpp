@@ -108,17 +108,20 @@ void APageScanner::ScanPage(const AJobLine& inLine, std::int64_t inOffset)
 /// Notes the ordinal. Only applications' own jobs repeat pages.
 bool APageScanner::IsRepeatedPage(const AJobLine& inLine)
 {
-    const std::string_view text = inLine.GetVisibleText();
-    const bool isNative = GetSettingsStore().fIsNativePostScript;
-    const auto page = isNative ? PSF::GetPageInfoFromPSPageInvocation(text) : std::nullopt;
-    if (!page)
+    if (!GetSettingsStore().fIsNativePostScript)
     {
         return false;
     }
+    const std::string_view text = inLine.GetVisibleText();
     // It does not end the page before it for the page reader, so at a place of its own it would come out twice.
     if (text.find(kRepeatedPageMark) != std::string_view::npos)
     {
         return true;
+    }
+    const auto page = PSF::GetPageInfoFromPSPageInvocation(text);
+    if (!page)
+    {
+        return false;
     }
     if (fPages.fPagesPerCopy != 0 && fPageIndex % fPages.fPagesPerCopy == 0)
     {
