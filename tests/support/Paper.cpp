@@ -42,7 +42,7 @@ bool Shell(const ATemporaryFolder& inFolder, const std::string& inScript)
 constexpr const char* kDraw =
     "timeout 100 gs -q -dSAFER -dAutoRotatePages=/None -sDEVICE=pdfwrite -o paper.pdf " VX_SOURCE_DIR
     "/tests/support/DeviceProlog.ps job >device 2>&1\n"
-    "pdftotext -bbox paper.pdf words\n"
+    "pdftotext -bbox paper.pdf words 2>/dev/null\n" // it mentions each side without a word
     "gs -q -dSAFER -sDEVICE=inkcov -r20 -o ink paper.pdf\n";
 
 std::vector<AWord> ReadWords(const std::string& inText)
@@ -120,6 +120,8 @@ void ReadMeasures(const ATemporaryFolder& inFolder, std::vector<ASide>& ioSides)
             side.fDevice = line.starts_with("side ") ? line.substr(5) : "";
         }
         EXPECT_NE(side.fDevice, "") << "more sides than the device printed";
+        side.fDevice +=
+            " size=" + std::to_string(std::lround(side.fWidth)) + "x" + std::to_string(std::lround(side.fHeight));
     }
 }
 
@@ -281,4 +283,19 @@ std::string ShowTrays(const std::vector<ASide>& inSides)
                     return side.Holds("manual=true") ? std::string("manual")
                                                      : side.fDevice.substr(5, side.fDevice.find(' ') - 5);
                 });
+}
+
+std::string ShowDuplex(const std::vector<ASide>& inSides)
+{
+    return Join(inSides, " ",
+                [](const ASide& side)
+                {
+                    const char* turned = side.Holds("tumble=true") ? "short" : "long";
+                    return std::string(side.Holds("duplex=true") ? turned : "one");
+                });
+}
+
+std::string ShowColours(const std::vector<ASide>& inSides)
+{
+    return Join(inSides, " ", [](const ASide& side) { return std::string(side.fColour > 0 ? "colour" : "gray"); });
 }

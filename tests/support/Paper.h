@@ -26,7 +26,7 @@ struct ASide
     std::vector<std::string> fWords; ///< all that can be read, the pages' own numbers and letters too
     double fInk = 0;                 ///< part of the side that is covered with black, 0 to 1
     double fColour = 0;              ///< the same for other inks, all together
-    std::string fDevice;             ///< "tray=1 manual=false duplex=true tumble=false copies=1"
+    std::string fDevice;             ///< "tray=1 manual=false duplex=true tumble=false copies=1 size=595x842"
 
     [[nodiscard]] bool Holds(std::string_view inDevice) const { return fDevice.find(inDevice) != std::string::npos; }
 };
@@ -52,3 +52,9 @@ struct ASide
 
 /// The paper source of each side, joined by blanks: a tray's position, "manual", or "none" where none was asked for.
 [[nodiscard]] std::string ShowTrays(const std::vector<ASide>& inSides);
+
+/// How each side is printed: "one" sided, or on a sheet that is turned over its "long" or "short" edge.
+[[nodiscard]] std::string ShowDuplex(const std::vector<ASide>& inSides);
+
+/// "colour" or "gray" for each side.
+[[nodiscard]] std::string ShowColours(const std::vector<ASide>& inSides);

@@ -100,7 +100,7 @@ std::string ReadOutput(const std::string& inCommand)
 
 } // namespace
 
-APrintServer::APrintServer(std::map<std::string, std::string> inEnvironment)
+APrintServer::APrintServer(const std::map<std::string, std::string>& inEnvironment)
 {
     MakeFolders();
     MakeQueues();

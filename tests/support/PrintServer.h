@@ -20,7 +20,7 @@ public:
     static constexpr std::chrono::seconds kLimit{100};
 
     /// Starts it; throws where that cannot be done. inEnvironment is what the filters get besides the usual.
-    explicit APrintServer(std::map<std::string, std::string> inEnvironment = {});
+    explicit APrintServer(const std::map<std::string, std::string>& inEnvironment = {});
     ~APrintServer();
     APrintServer(const APrintServer&) = delete;
     APrintServer& operator=(const APrintServer&) = delete;
