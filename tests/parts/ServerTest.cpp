@@ -412,6 +412,18 @@ TEST_F(Server, KeepsJobsWhenItIsRestarted)
     EXPECT_EQ(ShowBooklet(WaitForPaper(held)), "4 1 | 2 3");
 }
 
+TEST_F(Server, AddsTheDefaultsOfTheQueueToAJob)
+{
+    ASSERT_TRUE(fServer.Run("lpadmin -p manual -o VXManualDuplexSupport-default=True -o VXBookletFilter-default=True"));
+    PrintAll({{"booklet by hand",
+               "manual",
+               "pdf 8",
+               "-o VXBookletPaperSize=A4",
+               "4<+5< 2<+7< 8<+1< 6<+3<",
+               {},
+               "none none manual manual"}});
+}
+
 TEST(OldServer, SwitchesToTheProtocolOfThePrinter)
 {
     const ATemporaryFolder folder;

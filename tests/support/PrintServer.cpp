@@ -136,10 +136,13 @@ void APrintServer::MakeFolders() const
     }
     const fs::path filter = VX_FILTER_PATH;
     fs::remove(filters + filter.filename().string());
-    for (const fs::path& program : {filter, filter.parent_path() / "vxtextlayout.so"})
+    for (const fs::directory_entry& program : fs::directory_iterator(filter.parent_path()))
     {
-        fs::copy(program, filters);
-        fs::permissions(filters + program.filename().string(), fs::perms(0755));
+        if (program.path() == filter || program.path().extension() == ".so")
+        {
+            fs::copy(program, filters);
+            fs::permissions(filters + program.path().filename().string(), fs::perms(0755));
+        }
     }
     fs::copy(VX_SOURCE_DIR "/resources", fFolder.GetPath("resources"), fs::copy_options::recursive);
     fs::copy(VX_BUILD_DIR "/guides", fFolder.GetPath("resources/guides"));
@@ -287,6 +290,11 @@ bool APrintServer::WaitFor(const std::function<bool()>& inIsReached) const
 
 ipp_jstate_t APrintServer::WaitForEnd(int inJob) const
 {
+    const ipp_jstate_t state = GetState(inJob);
+    if (state >= IPP_JSTATE_CANCELED)
+    {
+        return state;
+    }
     static_cast<void>(WaitForLog("[Job " + std::to_string(inJob) + "] time-at-completed="));
     return GetState(inJob);
 }
