@@ -52,11 +52,12 @@ int main(int argc, char* argv[])
     const int jobs = argc > 1 ? std::atoi(argv[1]) : 100;
     const ATemporaryFolder folder;
     const APrintServer server;
-    const std::string postScript = MakeNumberedPostScript(folder, 3);
+    const std::string document = MakeNumberedPDF(folder, 5);
     const std::vector<ALoad> loads = {
-        {"text", folder.Write("letter.txt", "Dear reader,\n\nthis is a letter of three lines.\n")},
-        {"PostScript", postScript},
-        {"PostScript as booklet", "-o VXBookletFilter=True " + postScript},
+        {"a line of text", folder.Write("letter.txt", "Dear reader,\n")},
+        {"five pages", document},
+        {"five with a watermark", "-o VXwmrSwitch=Overlay " + document},
+        {"five as a booklet", "-o VXBookletFilter=True " + document},
     };
     bool isPrinted = true;
     for (const ALoad& load : loads)
