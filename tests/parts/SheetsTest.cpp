@@ -1,150 +1,26 @@
 #include <cstdlib>
-#include <fstream>
-#include <regex>
-#include <vector>
 
 #include <gtest/gtest.h>
 
-#include "TemporaryFolder.h"
+#include "Launch.h"
+#include "Paper.h"
 
 namespace
 {
-
-/// What is drawn on a side, in points from its top left corner.
-struct AWord
-{
-    std::string fText;
-    double fX;
-    double fY;
-};
-
-struct ASide
-{
-    double fWidth;
-    double fHeight;
-    std::vector<AWord> fWords;
-};
-
-int Shell(const std::string& inCommand)
-{
-    return std::system(("bash -c '" + inCommand + "'").c_str());
-}
-
-std::string ReadFile(const std::string& inPath)
-{
-    std::ifstream file(inPath, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
-/// A document whose pages bear their number, and the word "foot" at their lower left.
-std::string MakeDocument(const ATemporaryFolder& inFolder, int inPages)
-{
-    const std::string count = std::to_string(inPages);
-    const std::string source =
-        inFolder.Write("document.ps", "%!PS\n1 1 " + count +
-                                          " {\n/Helvetica findfont 300 scalefont setfont\n"
-                                          "dup 10 string cvs 200 300 moveto show pop\n"
-                                          "/Helvetica findfont 20 scalefont setfont 72 60 moveto (foot) show\n"
-                                          "showpage } for\n");
-    const std::string document = inFolder.GetPath("document.pdf");
-    EXPECT_EQ(Shell("gs -q -dSAFER -sDEVICE=pdfwrite -sPAPERSIZE=a4 -o " + document + " " + source), 0);
-    return document;
-}
 
 /// Prints a document as CUPS does, and reads what stands on each side of the paper.
 std::vector<ASide> Print(const std::string& inPrinter, int inPages, const std::string& inOptions)
 {
     const ATemporaryFolder folder;
     const std::string base = folder.GetPath();
-    const std::string document = MakeDocument(folder, inPages);
+    const std::string document = MakeNumberedPDF(folder, inPages);
     const std::string script = folder.Write(
         "print.sh", std::string("set -euo pipefail\nsource ") + VX_SOURCE_DIR + "/tools/setup.sh\nsource " +
                         VX_SOURCE_DIR + "/tools/chain.sh\nmake_chain " + base + "/chain\nrun_cupsfilter " + base +
                         "/chain " + VX_BUILD_DIR + "/ppd/" + inPrinter + ".ppd " + inOptions + " -- " + document +
-                        " >" + base + "/job 2>" + base + "/log\ninterpret " + base + "/job -sDEVICE=pdfwrite -o " +
-                        base + "/paper.pdf\npdftotext -bbox " + base + "/paper.pdf " + base + "/words\n");
-    EXPECT_EQ(Shell("bash " + script), 0) << ReadFile(base + "/log");
-    const std::string words = ReadFile(base + "/words");
-    static const std::regex kPage("<page width=\"([0-9.]+)\" height=\"([0-9.]+)\">");
-    static const std::regex kWord("<word xMin=\"([0-9.-]+)\" yMin=\"([0-9.-]+)\" xMax=\"[^\"]*\" "
-                                  "yMax=\"[^\"]*\">([^<]*)</word>");
-    std::vector<ASide> sides;
-    for (std::size_t at = words.find("<page "); at != std::string::npos;)
-    {
-        const std::size_t next = words.find("<page ", at + 1);
-        const std::string text = words.substr(at, next - at);
-        std::smatch page;
-        std::regex_search(text, page, kPage);
-        ASide side = {std::stod(page[1]), std::stod(page[2]), {}};
-        for (auto word = std::sregex_iterator(text.begin(), text.end(), kWord); word != std::sregex_iterator(); ++word)
-        {
-            side.fWords.push_back({(*word)[3], std::stod((*word)[1]), std::stod((*word)[2])});
-        }
-        sides.push_back(side);
-        at = next;
-    }
-    return sides;
-}
-
-bool IsNumber(const AWord& inWord)
-{
-    return inWord.fText.find_first_not_of("0123456789") == std::string::npos;
-}
-
-/// "3" an upright page, "3v" one upside down, "B" a blank side, "G" a guide.
-std::string ShowSide(const ASide& inSide)
-{
-    if (inSide.fWords.empty())
-    {
-        return "B";
-    }
-    if (inSide.fWords.size() != 2)
-    {
-        return "G";
-    }
-    const bool isNumberFirst = IsNumber(inSide.fWords[0]);
-    const AWord& number = inSide.fWords[isNumberFirst ? 0 : 1];
-    const AWord& foot = inSide.fWords[isNumberFirst ? 1 : 0];
-    return number.fText + (foot.fY > number.fY ? "" : "v");
-}
-
-std::string ShowSides(const std::vector<ASide>& inSides)
-{
-    std::string text;
-    for (const ASide& side : inSides)
-    {
-        text.append(text.empty() ? "" : " ").append(ShowSide(side));
-    }
-    return text;
-}
-
-/// The number in the half of a sheet side that lies between two heights; turned by a quarter, its foot to the right.
-std::string ShowHalf(const ASide& inSide, double inTop, double inBottom)
-{
-    std::string text;
-    double foot = 0;
-    double number = 0;
-    for (const AWord& word : inSide.fWords)
-    {
-        if (word.fY >= inTop && word.fY < inBottom)
-        {
-            (IsNumber(word) ? number : foot) = word.fX;
-            text += IsNumber(word) ? word.fText : "";
-        }
-    }
-    return text.empty() ? "B" : text + (foot > number && foot < inSide.fWidth && number > 0 ? "" : "!");
-}
-
-/// Left and right half of each sheet side, as seen when the sheet is turned by a quarter: "8 1 | 2 7".
-std::string ShowBooklet(const std::vector<ASide>& inSides)
-{
-    std::string text;
-    for (const ASide& side : inSides)
-    {
-        text.append(text.empty() ? "" : " | ").append(ShowHalf(side, side.fHeight / 2, side.fHeight));
-        text.append(" ").append(ShowHalf(side, 0, side.fHeight / 2));
-    }
-    return text;
+                        " >" + base + "/job 2>" + base + "/log\n");
+    EXPECT_EQ(std::system(("bash " + script).c_str()), 0) << ReadFile(base + "/log");
+    return ReadSides(base + "/job");
 }
 
 const std::string kBooklet = "-o VXBookletFilter=True -o VXBookletPaperSize=A4 ";
