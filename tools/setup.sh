@@ -88,9 +88,10 @@ step() { # title command...
     fi
 }
 
-build() { # preset
+# Without targets all of it.
+build() { # preset targets...
     if [[ ! -f $kRoot/build/$1/build.ninja ]]; then
         step "Configuring $1" cmake -S "$kRoot" --preset "$1"
     fi
-    step "Building $1" cmake --build "$kRoot/build/$1"
+    step "Building $1" cmake --build "$kRoot/build/$1" ${2:+--target "${@:2}"}
 }
