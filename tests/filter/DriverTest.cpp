@@ -4,6 +4,8 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <functional>
+#include <iterator>
+#include <sstream>
 #include <sys/stat.h>
 
 #include "Launch.h"
@@ -64,16 +66,10 @@ std::vector<std::string> WithFile(std::string inPath)
 
 TEST(Driver, AnswersWithoutAJob)
 {
-    const std::vector<std::vector<std::string>> wrong = {{},
-                                                         {"-version"},
-                                                         {"-V"},
-                                                         {"-v", "a"},
-                                                         {"-v", "a", "b"},
-                                                         {"1", "u", "t", "1"},
-                                                         {"1", "u", "t", "1", "", "f", "x"}};
-    for (const auto& arguments : wrong)
+    for (const char* const wrong : {"", "-version", "-V", "-v a", "-v a b", "1 u t 1", "1 u t 1 o f x"})
     {
-        const AFilterResult result = ARun().Run(arguments);
+        std::istringstream words(wrong);
+        const AFilterResult result = ARun().Run({std::istream_iterator<std::string>(words), {}});
         EXPECT_EQ(result.fOutput, kUsage);
         EXPECT_EQ(result.fLog, "");
         EXPECT_EQ(result.fStatus, 1);
@@ -103,8 +99,6 @@ TEST(Driver, AStartThatFailsWritesNothing)
          [](ARun& r) { return r.fLaunch.fEnvironment.erase("PPD"), kPlain; }},
         {"DEBUG: Error initializing pages manager\n",
          [](ARun& r) { return r.fLaunch.fEnvironment["PPD"] = "/nowhere", kPlain; }},
-        {"DEBUG: Error initializing pages manager\n",
-         [](ARun& r) { return r.fFolder.Write("printer.ppd", "%!PS no description"), kPlain; }},
     };
     for (const ACase& example : cases)
     {
@@ -135,76 +129,22 @@ TEST(Driver, AClosedStandardStreamTakesNoPartOfTheJob)
     }
 }
 
-TEST(Driver, AReadErrorIsTold)
-{
-    for (const auto& arguments : {kPlain, kStored})
-    {
-        ARun run;
-        const ADescriptor folder(run.fFolder.GetPath(), O_RDONLY | O_DIRECTORY);
-        const ADescriptor log(run.fFolder.GetPath("log"), O_WRONLY | O_CREAT);
-        const ADescriptor nowhere("/dev/null", O_WRONLY);
-        run.fLaunch.fArguments = arguments;
-        run.fLaunch.fInput = folder.Get();
-        run.fLaunch.fOutput = nowhere.Get();
-        run.fLaunch.fErrors = log.Get();
-        EXPECT_EQ(ALaunchedFilter(run.fLaunch).Wait(), 1);
-        EXPECT_THAT(ReadFile(run.fFolder.GetPath("log")),
-                    HasSubstr("\nERROR: Unable to read the whole print job: Is a directory\n"));
-    }
-}
-
 TEST(Driver, TheJobEndsWithItsMark)
 {
     const std::string early = "%!PS\n\x04" + std::string(2 * 131070, 'a');
-    const std::string late = std::string(131070, 'a') + "b\x04\n";
     // Without a task the last block counts, with one that waits in vain for its line the last line.
-    const std::pair<std::string, std::string> blocks[] = {{"", "\x04"},       {"abc", "\x04"}, {"abc\x04", ""},
-                                                          {"a\x04\nb\n", ""}, {early, "\x04"}, {late, ""}};
-    const std::pair<std::string, std::string> lines[] = {
-        {"", "\x04"}, {"abc", "\x04"}, {"abc\x04", ""}, {"a\x04\nb\n", "\x04"}, {"abc\x04\n", "\x04"}};
-    for (const auto& [job, added] : blocks)
+    for (const std::string& job : {std::string("a\x04\nb\n"), early, std::string("abc\x04")})
     {
-        EXPECT_EQ(RunFilter({.fOptions = "", .fJob = job}).fOutput, job + added);
-    }
-    for (const auto& [job, added] : lines)
-    {
+        EXPECT_EQ(RunFilter({.fOptions = "", .fJob = job}).fOutput, job + (job == early ? "\x04" : ""));
         const AFilterRun run{.fOptions = "MirrorPrint", .fJob = job, .fPPD = MakePPD("*MirrorPrint True: \"\"\n")};
-        EXPECT_EQ(RunFilter(run).fOutput, job + added);
-    }
-}
-
-TEST(Driver, AJobThatCannotBeCleanedPassesThrough)
-{
-    const std::string copies = "%RBIBeginNonPPDFeature: *NumCopies 2\n2 copies\n%RBIEndNonPPDFeature\n";
-    for (const std::string& job : {MakeJob(3), MakeJob(3, copies), MakeJob(20000), std::string("%!PS showpage")})
-    {
-        AFilterRun run{.fOptions = "sides=two-sided-long-edge MirrorPrint", .fJob = job};
-        run.fPPD = MakePPD("*MirrorPrint True: \"\"\n");
-        run.fEnvironment = {{"CONTENT_TYPE", ""}, {"CUPS_SERVERBIN", "/nowhere"}};
-        for (const bool fromFile : {false, true})
-        {
-            run.fFromFile = fromFile;
-            const AFilterResult result = RunFilter(run);
-            EXPECT_TRUE(result.fOutput == job + "\x04") << result.fOutput.size();
-            EXPECT_TRUE(result.IsLogged("Reordering failed. Switching to pass-through mode"));
-            EXPECT_EQ(result.fStatus, 0);
-        }
-    }
-}
-
-TEST(Driver, AnUnevenCollatedDocumentIsOneCopy)
-{
-    AFilterRun run{
-        .fOptions = "collate=True sides=two-sided-long-edge", .fJob = MakeJob(5), .fPPD = "", .fCopies = "2"};
-    const AFilterResult result = RunFilter(run);
-    for (const char* number : {"1", "2", "3", "4", "5"})
-    {
-        EXPECT_TRUE(result.IsLogged(std::string("Current page number is ") + number + "\n")) << number;
+        EXPECT_EQ(RunFilter(run).fOutput, job + (job == "abc\x04" ? "" : "\x04"));
     }
 }
 
 namespace
 {
+
+const std::vector<std::string> kOptions = {"7", "user", "title", "1", "a=1 nob c='x y'"};
 
 /// The debug module works at fixed places below /tmp: here in one that nobody else sees.
 class ADebuggedRun : public ARun
@@ -212,180 +152,152 @@ class ADebuggedRun : public ARun
 public:
     ADebuggedRun()
     {
-        fLaunch.fPrivateTmp = fFolder.GetPath("private");
-        fFolder.Write("private/printer-given.ppd", MakePPD(""));
-        fFolder.Write("private/job-given", fInput);
-        std::filesystem::create_directories(fFolder.GetPath("private/spool"));
+        fLaunch.fPrivateTmp = GetPath("");
+        Write("printer-given.ppd", MakePPD(""));
+        Write("job-given", fInput);
+        std::filesystem::create_directories(GetPath("spool"));
         fLaunch.fEnvironment["PPD"] = "/tmp/printer-given.ppd";
         fLaunch.fEnvironment["TMPDIR"] = "/tmp/spool";
     }
 
-    std::string RunWith(std::string_view inCommands, std::vector<std::string> inArguments = kOptions)
+    AFilterResult RunWith(std::string_view inCommands, std::vector<std::string> inArguments = kOptions)
     {
-        fFolder.Write("private/vxpsfilterinit", inCommands);
-        chmod(fFolder.GetPath("private/vxpsfilterinit").c_str(), 0644);
-        const AFilterResult result = Run(std::move(inArguments));
-        fIsPossible = result.fStatus != ALaunchedFilter::kNoPrivateTmp;
-        EXPECT_TRUE(!fIsPossible || result.fStatus == 0) << result.fLog;
-        return result.fOutput;
+        Write("vxpsfilterinit", inCommands);
+        return Run(std::move(inArguments));
     }
 
-    [[nodiscard]] std::string Read(const std::string& inName) const
+    /// A file that everybody may read.
+    void Write(const std::string& inName, std::string_view inText) const
     {
-        return ReadFile(fFolder.GetPath("private/" + inName));
+        chmod(fFolder.Write("private/" + inName, inText).c_str(), 0644);
     }
-    [[nodiscard]] bool Exists(const std::string& inName) const
+    [[nodiscard]] std::string GetPath(const std::string& inName) const { return fFolder.GetPath("private/" + inName); }
+    [[nodiscard]] std::string Read(const std::string& inName) const { return ReadFile(GetPath(inName)); }
+    [[nodiscard]] bool Exists(const std::string& inName) const { return std::filesystem::exists(GetPath(inName)); }
+    [[nodiscard]] unsigned GetMode(const std::string& inName) const
     {
-        return std::filesystem::exists(fFolder.GetPath("private/" + inName));
+        struct stat info = {};
+        stat(GetPath(inName).c_str(), &info);
+        return info.st_mode & 01777U;
+    }
+};
+
+class DebugModule : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (fRun.RunWith("").fStatus == ALaunchedFilter::kNoPrivateTmp)
+        {
+            GTEST_SKIP() << "no private /tmp on this system";
+        }
     }
 
-    static inline const std::vector<std::string> kOptions = {"7", "user", "title", "1", "a=1 nob c='x y'"};
-    bool fIsPossible = true;
+    ADebuggedRun fRun;
 };
 
 } // namespace
 
-TEST(DebugModule, EveryCommandLeavesItsFile)
+TEST_F(DebugModule, EveryCommandLeavesItsFile)
 {
+    constexpr const char* kArguments = "argv[0]=\"vxpostprocessing\"\nargv[1]=\"7\"\nargv[2]=\"user\"\n"
+                                       "argv[3]=\"title\"\nargv[4]=\"1\"\nargv[5]=\"a=1 nob c='x y'\"\n";
     struct ACase
     {
         const char* fCommand;
         const char* fFile;
-        const char* fContent;
+        std::string fContent;
     };
-    constexpr const char* kArguments = "argv[0]=\"vxpostprocessing\"\nargv[1]=\"7\"\nargv[2]=\"user\"\n"
-                                       "argv[3]=\"title\"\nargv[4]=\"1\"\nargv[5]=\"a=1 nob c='x y'\"\n";
     const ACase cases[] = {
-        {"DumpJobSettings\n", "job_settings.txt", "a=1 nob c='x y'"},
+        {"DumpJobSettings\n", "job_settings.txt", kOptions[4]},
         {"djs;;1\n", "job_settings.txt", "a=1\nb=false\nc=x y\n"},
         {"DJS;;true\n", "job_settings.txt", "a=1\nb=false\nc=x y\n"},
-        {"djs;;yes\n", "job_settings.txt", "a=1 nob c='x y'"},
-        {"djs;;1;;1\n", "job_settings.txt", "a=1 nob c='x y'"},
-        {"d\n", "job_settings.txt", "a=1 nob c='x y'"},
-        {"unknown\r\n\nDumpJ\r\n", "job_settings.txt", "a=1 nob c='x y'"},
+        {"djs;;1;;1\n", "job_settings.txt", kOptions[4]},
+        {"d\n", "job_settings.txt", kOptions[4]},
+        {"unknown\r\n\nDumpJ\r\n", "job_settings.txt", kOptions[4]},
         {"dcla\n", "parameters.txt", kArguments},
         {"dumpcommandline\n", "parameters.txt", kArguments},
-        {"DIPS\n", "job.ps", nullptr},
-        {"DumpInputPostScript\n", "job.ps", nullptr},
+        {"DIPS\n", "job.ps", fRun.fInput},
+        {"DumpInputPostScript\n", "job.ps", fRun.fInput},
     };
     for (const ACase& example : cases)
     {
         ADebuggedRun run;
-        EXPECT_EQ(run.RunWith(example.fCommand), run.fIsPossible ? run.fInput + "\x04" : "");
-        if (!run.fIsPossible)
-        {
-            GTEST_SKIP() << "no private /tmp on this system";
-        }
-        EXPECT_EQ(run.Read(example.fFile), example.fContent != nullptr ? example.fContent : run.fInput)
-            << example.fCommand;
-        struct stat info = {};
-        stat(run.fFolder.GetPath(std::string("private/") + example.fFile).c_str(), &info);
-        EXPECT_EQ(info.st_mode & 0777U, 0666U);
+        EXPECT_EQ(run.RunWith(example.fCommand).fOutput, run.fInput + "\x04");
+        EXPECT_EQ(run.Read(example.fFile), example.fContent) << example.fCommand;
+        EXPECT_EQ(run.GetMode(example.fFile), 0666U);
     }
-    ADebuggedRun run;
-    run.RunWith("dev\nppd");
-    EXPECT_THAT(run.Read("environment.txt"), HasSubstr("PPD=/tmp/printer-given.ppd\n"));
-    EXPECT_EQ(run.Read("printer.ppd"), run.Read("printer-given.ppd"));
+    fRun.RunWith("dev\nppd");
+    EXPECT_THAT(fRun.Read("environment.txt"), HasSubstr("PPD=/tmp/printer-given.ppd\n"));
+    EXPECT_EQ(fRun.Read("printer.ppd"), fRun.Read("printer-given.ppd"));
 }
 
-TEST(DebugModule, MakesATestCase)
+TEST_F(DebugModule, MakesATestCase)
 {
-    ADebuggedRun run;
-    run.RunWith("dips\nCreateTestCase\n");
-    if (!run.fIsPossible)
-    {
-        GTEST_SKIP() << "no private /tmp on this system";
-    }
-    EXPECT_EQ(run.Read("title7/job.ps"), run.fInput);
-    EXPECT_EQ(run.Read("title7/job_settings.txt"), "a=1 nob c='x y'");
-    EXPECT_EQ(run.Read("title7/printer.ppd"), MakePPD(""));
-    EXPECT_FALSE(run.Exists("job.ps")) << "the first copy was the job's file, and moved on";
+    fRun.RunWith("dips\nCreateTestCase\n");
+    EXPECT_EQ(fRun.Read("title7/job.ps"), fRun.fInput);
+    EXPECT_EQ(fRun.Read("title7/job_settings.txt"), kOptions[4]);
+    EXPECT_EQ(fRun.Read("title7/printer.ppd"), MakePPD(""));
+    EXPECT_FALSE(fRun.Exists("job.ps")) << "the first copy was the job's file, and moved on";
 
-    run.RunWith("ctc\n", {"7", "u", "below/", "1", ""});
-    EXPECT_FALSE(run.Exists("below/7")) << "only the last level is made";
-    run.RunWith("ctc\n", {"7", "u", "spool/../x", "1", ""});
-    EXPECT_FALSE(run.Exists("x7"));
-    run.RunWith("ctc\n", {"", "u", "./", "1", ""});
-    struct stat info = {};
-    stat(run.fFolder.GetPath("private").c_str(), &info);
-    EXPECT_EQ(info.st_mode & 01777U, 01777U) << "the place for everybody's files stays what it is";
+    fRun.RunWith("ctc\n", {"7", "u", "below/", "1", ""});
+    EXPECT_FALSE(fRun.Exists("below/7")) << "only the last level is made";
+    fRun.RunWith("ctc\n", {"7", "u", "spool/../x", "1", ""});
+    EXPECT_FALSE(fRun.Exists("x7"));
+    fRun.RunWith("ctc\n", {"", "u", "./", "1", ""});
+    EXPECT_EQ(fRun.GetMode(""), 01777U) << "the place for everybody's files stays what it is";
 }
 
-TEST(DebugModule, NeverCopiesAFileOverItself)
+TEST_F(DebugModule, NeverCopiesAFileOverItself)
 {
-    ADebuggedRun run;
     // The print file and the description are where the copies go, under other names.
-    for (const char* name : {"job.ps", "printer.ppd"})
-    {
-        std::filesystem::create_hard_link(
-            run.fFolder.GetPath(std::string("private/") + (name[0] == 'j' ? "job-given" : "printer-given.ppd")),
-            run.fFolder.GetPath(std::string("private/") + name));
-    }
-    run.fInput = "not this";
-    std::vector<std::string> arguments = ADebuggedRun::kOptions;
+    std::filesystem::create_hard_link(fRun.GetPath("job-given"), fRun.GetPath("job.ps"));
+    std::filesystem::create_hard_link(fRun.GetPath("printer-given.ppd"), fRun.GetPath("printer.ppd"));
+    fRun.fInput = "not this";
+    std::vector<std::string> arguments = kOptions;
     arguments.emplace_back("/tmp/job-given");
-    const std::string output = run.RunWith("dips\nppd\n", arguments);
-    if (!run.fIsPossible)
-    {
-        GTEST_SKIP() << "no private /tmp on this system";
-    }
-    EXPECT_EQ(output, MakeJob(1) + "\x04");
-    EXPECT_EQ(run.Read("printer-given.ppd"), MakePPD(""));
+    EXPECT_EQ(fRun.RunWith("dips\nppd\n", arguments).fOutput, MakeJob(1) + "\x04");
+    EXPECT_EQ(fRun.Read("printer-given.ppd"), MakePPD(""));
 }
 
-TEST(DebugModule, TrustsOnlyWhatIsItsOwn)
+TEST_F(DebugModule, TrustsOnlyWhatIsItsOwn)
 {
-    ADebuggedRun run;
-    run.RunWith("");
-    if (!run.fIsPossible)
-    {
-        GTEST_SKIP() << "no private /tmp on this system";
-    }
-    const std::string init = run.fFolder.GetPath("private/vxpsfilterinit");
-    const std::string real = run.fFolder.Write("private/real", "djs\n");
-    chmod(real.c_str(), 0644);
+    const std::string init = fRun.GetPath("vxpsfilterinit");
     const auto isObeyed = [&]
     {
-        std::filesystem::remove(run.fFolder.GetPath("private/job_settings.txt"));
-        EXPECT_EQ(run.Run(ADebuggedRun::kOptions).fStatus, 0);
-        return run.Exists("job_settings.txt");
+        std::filesystem::remove(fRun.GetPath("job_settings.txt"));
+        EXPECT_EQ(fRun.Run(kOptions).fStatus, 0);
+        std::filesystem::remove(init);
+        return fRun.Exists("job_settings.txt");
     };
-    std::filesystem::remove(init);
-    EXPECT_FALSE(isObeyed());
-    std::filesystem::copy_file(real, init);
+    fRun.Write("vxpsfilterinit", "djs\n");
     EXPECT_TRUE(isObeyed());
+    EXPECT_FALSE(isObeyed()) << "there is none";
+    fRun.Write("vxpsfilterinit", "djs\n");
     chmod(init.c_str(), 0664);
     EXPECT_FALSE(isObeyed()) << "the group may write it";
-    std::filesystem::remove(init);
+    fRun.Write("real", "djs\n");
     std::filesystem::create_symlink("/tmp/real", init);
     EXPECT_FALSE(isObeyed()) << "a link";
-    std::filesystem::remove(init);
     mkfifo(init.c_str(), 0600);
     EXPECT_FALSE(isObeyed()) << "a pipe, which would hold the job";
     // A dump does not follow a link at its place, and neither hangs on a pipe nor reports anything.
-    std::filesystem::remove(init);
-    std::filesystem::create_symlink("/tmp/victim", run.fFolder.GetPath("private/job_settings.txt"));
-    mkfifo(run.fFolder.GetPath("private/parameters.txt").c_str(), 0600);
-    run.RunWith("djs\ndcla\n");
-    EXPECT_FALSE(run.Exists("victim"));
+    std::filesystem::create_symlink("/tmp/victim", fRun.GetPath("job_settings.txt"));
+    mkfifo(fRun.GetPath("parameters.txt").c_str(), 0600);
+    EXPECT_EQ(fRun.RunWith("djs\ndcla\n").fStatus, 0);
+    EXPECT_FALSE(fRun.Exists("victim"));
 }
 
-TEST(DebugModule, APauseEndsWithASignal)
+TEST_F(DebugModule, APauseEndsWithASignal)
 {
-    ADebuggedRun run;
-    run.RunWith("");
-    if (!run.fIsPossible)
-    {
-        GTEST_SKIP() << "no private /tmp on this system";
-    }
-    chmod(run.fFolder.Write("private/vxpsfilter", "").c_str(), 0600);
+    fRun.Write("vxpsfilter", "");
     const APipe output(1 << 20);
-    const ADescriptor input(run.fFolder.GetPath("input"), O_RDONLY);
-    run.fLaunch.fArguments = kPlain;
-    run.fLaunch.fInput = input.Get();
-    run.fLaunch.fOutput = output.fWrite.Get();
-    run.fLaunch.fErrors = output.fWrite.Get();
-    ALaunchedFilter filter(run.fLaunch);
+    const ADescriptor input(fRun.fFolder.GetPath("input"), O_RDONLY);
+    fRun.fLaunch.fArguments = kPlain;
+    fRun.fLaunch.fInput = input.Get();
+    fRun.fLaunch.fOutput = output.fWrite.Get();
+    fRun.fLaunch.fErrors = output.fWrite.Get();
+    ALaunchedFilter filter(fRun.fLaunch);
     EXPECT_FALSE(filter.Wait(std::chrono::milliseconds(200)));
     filter.Signal(SIGHUP);
     filter.Signal(SIGQUIT);

@@ -13,15 +13,6 @@ constexpr const char* kFeatures =
     "%%BeginFeature: *VXImageShiftFront True\nold\n%%EndFeature\n%%BeginFeature: *VXImageShiftBack True\nold\n"
     "%%EndFeature\n";
 
-std::optional<std::string> SetupOf(const std::string& inOptions, std::string_view inPPD, std::string_view inSetup)
-{
-    AFilterRun run;
-    run.fOptions = inOptions;
-    run.fPPD = MakePPD(inPPD);
-    run.fJob = MakeJob(1, inSetup);
-    return Between(RunFilter(run).fOutput, "%%BeginSetup\n", "%%EndSetup");
-}
-
 std::string Block(const std::string& inName, const std::string& inCode)
 {
     return "[{\n%%BeginFeature: *" + inName + "\n" + inCode + "\n%%EndFeature\n} stopped cleartomark\n";
@@ -48,12 +39,10 @@ TEST(ImageShift, AMentionIsNoFeatureAndAMissingEndCostsTheFeatureNotTheJob)
 
 TEST(ImageShift, RedefinesTheOperatorsForATurnedDocument)
 {
-    AFilterRun run;
-    run.fOptions = "VXImageShiftFront=True orientation-requested=4";
-    run.fJob = MakeJob(1);
-    EXPECT_NE(RunFilter(run).fOutput.find("/VXcs matrix def"), std::string::npos);
-    run.fOptions = "VXImageShiftFront=True";
-    EXPECT_EQ(RunFilter(run).fOutput.find("/VXcs matrix def"), std::string::npos);
+    const auto output = [](const char* inOptions)
+    { return RunFilter({.fOptions = inOptions, .fJob = MakeJob(1)}).fOutput; };
+    EXPECT_EQ(CountOf(output("VXImageShiftFront=True orientation-requested=4"), "/VXcs matrix def"), 1);
+    EXPECT_EQ(CountOf(output("VXImageShiftFront=True"), "/VXcs matrix def"), 0);
 }
 
 TEST(GrayBalance, TakesOptionThenPrinterThenBuiltInValues)

@@ -17,16 +17,6 @@ constexpr const char* kCustom = "*VariablePaperSize: True\n*MaxMediaWidth: \"100
                                 "*ParamCustomPageSize Height: 2 points 100 3000\n";
 constexpr const char* kOld = "PPDVersion=1.0 Product=Big\\ 7100VQ\\ II";
 
-std::string SetupOf(const std::string& inOptions, std::string_view inPPD, std::string_view inSetup)
-{
-    AFilterRun run;
-    run.fOptions = inOptions;
-    run.fPPD = MakePPD(inPPD);
-    run.fJob = MakeJob(1, inSetup);
-    const AFilterResult result = RunFilter(run);
-    return Between(result.fOutput, "%%BeginSetup\n", "%%EndSetup").value_or(result.fOutput);
-}
-
 std::string MarginsFor(const std::string& inOptions)
 {
     return SetupOf(inOptions, kMargins, "%%BeginFeature: *VXMarginsLayoutMode Mine\nold\n%%EndFeature\n");
@@ -65,10 +55,8 @@ TEST(CustomPageSize, TellsWhenTheSizeIsOutOfThePrintersLimits)
 {
     const auto isToldFor = [](const std::string& inSize)
     {
-        AFilterRun run;
-        run.fOptions = "media=Custom." + inSize;
-        run.fPPD = MakePPD(kCustom);
-        return RunFilter(run).IsLogged("Custom page: bounds are invalid!");
+        return RunFilter({.fOptions = "media=Custom." + inSize, .fJob = "", .fPPD = MakePPD(kCustom)})
+            .IsLogged("Custom page: bounds are invalid!");
     };
     EXPECT_FALSE(isToldFor("1000.5x3000"));
     EXPECT_TRUE(isToldFor("1000.6x3000"));

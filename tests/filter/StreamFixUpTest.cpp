@@ -9,20 +9,17 @@ namespace
 
 AFilterRun VeldraRun(std::string inJob)
 {
-    AFilterRun run;
-    run.fPPD = Replace(MakePPD("*cupsProtocol: \"TBCP\"\n"), "*ModelName: \"Test\"", "*ModelName: \"Veldra 1\"");
-    run.fEnvironment["VX_SYSTEM_VERSION"] = "10.3.9";
-    run.fJob = std::move(inJob);
-    return run;
+    return {.fOptions = "",
+            .fJob = std::move(inJob),
+            .fPPD = Replace(MakePPD("*cupsProtocol: \"TBCP\"\n"), "*ModelName: \"Test\"", "*ModelName: \"Veldra 1\""),
+            .fEnvironment = {{"VX_SYSTEM_VERSION", "10.3.9"}}};
 }
 
 AFilterRun DuplexRun(int inPages, const std::string& inOptions)
 {
-    AFilterRun run;
-    run.fOptions = "sides=two-sided-long-edge " + inOptions;
-    run.fPPD = MakePPD("*VXDummy: \"\"\n*MirrorPrint True/On: \"\"\n");
-    run.fJob = MakeJob(inPages);
-    return run;
+    return {.fOptions = "sides=two-sided-long-edge " + inOptions,
+            .fJob = MakeJob(inPages),
+            .fPPD = MakePPD("*VXDummy: \"\"\n*MirrorPrint True/On: \"\"\n")};
 }
 
 constexpr const char* kDuplexOff = "\nmark\n\n<< /Duplex false >> setpagedevice\ncleartomark\n";
@@ -72,20 +69,12 @@ TEST(SmartDuplex, UsesTheRedefinedOperatorsWhereThereAreSome)
 
 TEST(WebPreview, TellsThePrinterWhetherToHoldTheJob)
 {
-    const auto setupOf = [](const std::string& inOptions, std::string_view inPPD)
-    {
-        AFilterRun run;
-        run.fOptions = inOptions;
-        run.fPPD = MakePPD(inPPD);
-        run.fJob = MakeJob(1);
-        return Between(RunFilter(run).fOutput, "%%BeginSetup\n", "%%EndSetup");
-    };
     constexpr const char* kHold = "*VXHoldJob: \"yes\"\n";
-    EXPECT_EQ(setupOf("VXHoldJob=true", kHold),
+    EXPECT_EQ(SetupOf("VXHoldJob=true", kHold),
               "[{\n%%BeginPluginPS: VXHoldJob True\n\t/VXDict /ProcSet findresource /HoldPrint get true exch exec\n"
               "%%EndPluginPS\n}stopped cleartomark\n");
-    EXPECT_EQ(setupOf("VXHoldJob=Off", kHold),
+    EXPECT_EQ(SetupOf("VXHoldJob=Off", kHold),
               "[{\n%%BeginPluginPS: VXHoldJob False\n\t/VXDict /ProcSet findresource /HoldPrint get false exch exec\n"
               "%%EndPluginPS\n}stopped cleartomark\n");
-    EXPECT_EQ(setupOf("VXHoldJob=true", ""), "");
+    EXPECT_EQ(SetupOf("VXHoldJob=true", ""), "");
 }

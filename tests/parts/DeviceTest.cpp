@@ -7,12 +7,9 @@
 #include "Monitors/DeviceStatusMonitor/ConstructionFailedException.h"
 #include "Monitors/DeviceStatusMonitor/DeviceStatusMonitor.h"
 
-#include <algorithm>
-#include <array>
 #include <csignal>
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 using testing::HasSubstr;
@@ -79,26 +76,12 @@ protected:
         fMonitor->SetDelegate(&fDelegate);
     }
 
-    [[nodiscard]] std::string GetReport() const
-    {
-        std::string text(65536, '\0');
-        const ssize_t size = pread(fReport, text.data(), text.size(), 0);
-        return text.substr(0, size > 0 ? static_cast<std::size_t>(size) : 0);
-    }
+    [[nodiscard]] std::string GetReport() const { return ReadFile(fFolder.GetPath("report")); }
 
     /// Waits for a line that was not there before, and forgets the report.
     [[nodiscard]] bool WaitForLine(const std::string& inLine)
     {
-        const auto end = AClock::now() + std::chrono::seconds(10);
-        while (GetReport().find(inLine) == std::string::npos)
-        {
-            if (AClock::now() > end)
-            {
-                return false;
-            }
-            std::this_thread::sleep_for(kOften);
-        }
-        return ftruncate(fReport, 0) == 0;
+        return WaitUntil([&] { return GetReport().find(inLine) != std::string::npos; }) && ftruncate(fReport, 0) == 0;
     }
 
     [[nodiscard]] double StopAndMeasure()
@@ -158,10 +141,7 @@ TEST_F(DeviceTest, AbsenceIsUnknownAndPasses)
     fMonitor->StartMonitoring();
     EXPECT_TRUE(WaitForLine(kReady));
     fPrinter.Misbehave([](int, const std::stop_token&) {});
-    while (fDelegate.GetTypes().size() < 2)
-    {
-        std::this_thread::sleep_for(kOften);
-    }
+    EXPECT_TRUE(WaitUntil([&] { return fDelegate.GetTypes().size() == 2; }));
     EXPECT_EQ(fDelegate.GetTypes().back(), ADeviceStatusType::kUnknown);
     fPrinter.SetState(5);
     EXPECT_TRUE(WaitForLine(kStopped));
@@ -171,7 +151,6 @@ TEST_F(DeviceTest, WhatIsNoAnswerIsRefused)
 {
     const std::string head = "HTTP/1.1 200 OK\r\nContent-Type: application/ipp\r\n";
     const std::vector<std::pair<const char*, AIPPPrinter::AMisbehaviour>> faults = {
-        {"closes at once", [](int, const std::stop_token&) {}},
         {"is no HTTP server", AIPPPrinter::Say("220 ready\r\n\r\n")},
         {"wants a password", AIPPPrinter::Say("HTTP/1.1 401 Unauthorized\r\nContent-Length: 0\r\n"
                                               "WWW-Authenticate: Basic realm=\"x\"\r\n\r\n")},
@@ -208,47 +187,29 @@ TEST_F(DeviceTest, WhatIsNoAnswerIsRefused)
 
 TEST_F(DeviceTest, NoAnswerIsWaitedForTooLong)
 {
+    int connections = 0;
     for (const AIPPPrinter::AMisbehaviour& fault : kStuck)
     {
         for (const char* scheme : {"ipp", "ipps"})
         {
             fPrinter.Misbehave(fault);
+            const auto start = AClock::now();
             const auto address = FindIPPAddress(fPrinter.GetURI(scheme));
-            auto start = AClock::now();
             EXPECT_FALSE(AskPrinter(*address, std::chrono::milliseconds(200), {}).fIsValid);
             EXPECT_LT(AClock::now() - start, std::chrono::milliseconds(500)) << scheme;
 
-            std::stop_source stop;
-            start = AClock::now();
-            const std::jthread stopper(
-                [&]
-                {
-                    std::this_thread::sleep_for(std::chrono::milliseconds(100));
-                    stop.request_stop();
-                });
-            EXPECT_FALSE(AskPrinter(*address, std::chrono::seconds(7), stop.get_token()).fIsValid);
-            EXPECT_LT(AClock::now() - start, std::chrono::milliseconds(400)) << scheme;
+            Watch(fPrinter.GetURI(scheme));
+            fMonitor->StartMonitoring();
+            EXPECT_TRUE(fPrinter.WaitForConnections(connections += 2)) << "the one above, and the monitor's";
+            EXPECT_LT(StopAndMeasure(), 0.4) << scheme;
+            EXPECT_EQ(GetReport(), "");
         }
     }
-}
-
-TEST_F(DeviceTest, AStuckPrinterDoesNotHoldUpTheStop)
-{
-    int connections = 0;
-    for (const AIPPPrinter::AMisbehaviour& fault : kStuck)
-    {
-        fPrinter.Misbehave(fault);
-        fMonitor->StartMonitoring();
-        EXPECT_TRUE(fPrinter.WaitForConnections(++connections));
-        EXPECT_LT(StopAndMeasure(), 1.0);
-        EXPECT_EQ(GetReport(), "");
-        EXPECT_TRUE(fDelegate.GetTypes().empty());
-    }
+    EXPECT_TRUE(fDelegate.GetTypes().empty());
 }
 
 TEST_F(DeviceTest, UnreachableDevicesDelayNothing)
 {
-    const ATemporaryFolder folder;
     for (const std::string& uri : {std::string("ipp://127.0.0.1:1/x"), std::string("ipp://nowhere.invalid/x"),
                                    fPrinter.GetURI("ipps"), std::string("usb://Maker/Model"), std::string()})
     {
@@ -311,25 +272,18 @@ protected:
     AIPPPrinter fPrinter;
 };
 
-TEST_F(MonitoredJobTest, WithoutTheKeywordNobodyIsAsked)
+TEST_F(MonitoredJobTest, WithoutTheKeywordNobodyIsAskedAndWithoutADeviceNothingStarts)
 {
-    ARunningFilter filter("", GetEnvironment("False"));
-    filter.Feed(fHead + GetPage(1) + fTail);
-    filter.EndInput();
-    EXPECT_EQ(filter.WaitForEnd(), 0);
-    EXPECT_THAT(filter.GetLog(), Not(HasSubstr("INFO:")));
+    const AFilterResult result =
+        RunFilter({.fOptions = "", .fJob = MakeJob(1), .fEnvironment = GetEnvironment("False")});
+    EXPECT_EQ(result.fStatus, 0);
+    EXPECT_FALSE(result.IsLogged("INFO:"));
     EXPECT_EQ(fPrinter.GetAskedURI(), "");
-}
-
-TEST_F(MonitoredJobTest, WithoutADeviceNothingStarts)
-{
     auto environment = GetEnvironment();
-    environment.erase("DEVICE_URI");
-    ARunningFilter filter("", environment);
-    filter.Feed(fHead + GetPage(1) + fTail);
-    filter.EndInput();
-    EXPECT_EQ(filter.WaitForEnd(), 1);
-    EXPECT_EQ(filter.GetOutput(), "");
+    environment["DEVICE_URI"] = "";
+    const AFilterResult without = RunFilter({.fOptions = "", .fJob = MakeJob(1), .fEnvironment = environment});
+    EXPECT_EQ(without.fStatus, 1);
+    EXPECT_EQ(without.fOutput, "");
 }
 
 TEST_F(MonitoredJobTest, HoldsTheJobWhileThePrinterIsStopped)
@@ -347,13 +301,11 @@ TEST_F(MonitoredJobTest, HoldsTheJobWhileThePrinterIsStopped)
         all += GetPage(++pages);
         filter.Feed(GetPage(pages));
     } while (pages < 100000 && filter.WaitForOutput(GetPage(pages), 1));
-    filter.Feed(fTail);
-    filter.EndInput();
-    EXPECT_FALSE(filter.WaitForEnd(1));
+    EXPECT_FALSE(filter.Finish(fTail, 1));
     EXPECT_THAT(filter.GetOutput(), Not(HasSubstr("%%Trailer")));
     fPrinter.SetState(3);
     EXPECT_TRUE(filter.WaitForLog("\nWARNING: recovered:\n", 20));
-    EXPECT_EQ(filter.WaitForEnd(), 0);
+    EXPECT_EQ(filter.GetFilter().Wait(), 0);
     EXPECT_THAT(filter.GetOutput(), HasSubstr(all + fTail + "\x04"));
 }
 
@@ -372,27 +324,27 @@ TEST_F(MonitoredJobTest, GivesWhatThereIsBeforeAPause)
     EXPECT_LT(pages, 20);
 }
 
+// The rest of a job that awaits no line goes in large blocks, and is looked at between them.
 TEST_F(MonitoredJobTest, EndsTheJobOnAFatalErrorAndWaits)
 {
     fPrinter.SetState(3, {"shutdown"});
-    ARunningFilter filter("", GetEnvironment());
-    filter.Feed(fHead + GetPage(1));
-    ASSERT_TRUE(filter.WaitForLog("\nERROR:The printer is out of service.\n"));
-    ASSERT_TRUE(filter.WaitForLog("Terminating iteration\n"));
-    // The rest of such a job goes in large blocks, and is looked at between them.
-    const std::string content(50000, '\n');
-    int page = 1;
-    while (page < 50 && !filter.WaitForOutput("%%EOF\x04", 0))
+    for (const bool awaitsLines : {false, true})
     {
-        filter.Feed(GetPage(++page, content));
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        ARunningFilter filter(awaitsLines ? "MirrorPrint=True" : "", GetEnvironment());
+        filter.Feed(fHead + GetPage(1));
+        ASSERT_TRUE(filter.WaitForLog("\nERROR:The printer is out of service.\n"));
+        ASSERT_TRUE(filter.WaitForLog("Terminating iteration\n"));
+        int page = 1;
+        do
+        {
+            filter.Feed(GetPage(++page, std::string(50000, '\n')));
+        } while (page < 50 && !filter.WaitForOutput("\n%%EOF\x04", awaitsLines ? 5 : 0));
+        EXPECT_LT(page, awaitsLines ? 3 : 50) << "the first page is finished, and no other one begun";
+        EXPECT_TRUE(filter.GetOutput().ends_with("\n%%EOF\x04"));
+        EXPECT_FALSE(filter.Finish("", 1)) << "it waits to be cancelled";
+        filter.GetFilter().Signal(SIGTERM);
+        EXPECT_EQ(filter.GetFilter().Wait(), 128 + SIGTERM);
     }
-    EXPECT_LT(page, 50);
-    EXPECT_TRUE(filter.GetOutput().ends_with("showpage\n%%EOF\x04"));
-    filter.EndInput();
-    EXPECT_FALSE(filter.WaitForEnd(1)) << "it waits to be cancelled";
-    filter.Signal(SIGTERM);
-    EXPECT_EQ(filter.WaitForEnd(), 128 + SIGTERM);
 }
 
 TEST_F(MonitoredJobTest, EndsItselfWhenThePrinterCancels)
@@ -401,9 +353,7 @@ TEST_F(MonitoredJobTest, EndsItselfWhenThePrinterCancels)
     ARunningFilter filter("", GetEnvironment());
     filter.Feed(fHead);
     ASSERT_TRUE(filter.WaitForLog("\nINFO:The printer is canceling the job.\n"));
-    filter.Feed(GetPage(1) + GetPage(2) + fTail);
-    filter.EndInput();
-    EXPECT_EQ(filter.WaitForEnd(), 0);
+    EXPECT_EQ(filter.Finish(GetPage(1) + GetPage(2) + fTail), 0);
     EXPECT_THAT(filter.GetOutput(), HasSubstr(GetPage(2) + fTail + "\x04"));
 }
 
@@ -416,9 +366,7 @@ TEST_F(MonitoredJobTest, ABadPrinterDoesNotDelayTheJob)
         filter.Feed(fHead + GetPage(1));
         EXPECT_TRUE(fPrinter.WaitForConnections(1));
         const auto start = AClock::now();
-        filter.Feed(fTail);
-        filter.EndInput();
-        EXPECT_EQ(filter.WaitForEnd(), 0);
+        EXPECT_EQ(filter.Finish(fTail), 0);
         EXPECT_LT(AClock::now() - start, std::chrono::seconds(2));
         EXPECT_THAT(filter.GetOutput(), HasSubstr(GetPage(1) + fTail + "\x04"));
     }

@@ -1,19 +1,13 @@
-#include "TemporaryFolder.h"
+#include "RunningFilter.h"
 #include "TestSupport.h"
 
-#include <array>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <optional>
-#include <spawn.h>
+#include <memory>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <sys/un.h>
-#include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 
 namespace
@@ -38,21 +32,6 @@ int ConnectOrBind(const std::string& inPath, bool inBinds)
         return -1;
     }
     return newSocket;
-}
-
-template <typename ACondition>
-bool WaitUntil(ACondition inCondition)
-{
-    const auto end = AClock::now() + std::chrono::seconds(10);
-    while (!inCondition())
-    {
-        if (AClock::now() > end)
-        {
-            return false;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    return true;
 }
 
 /// A job that is held at the printer, and the place of the agent's socket.
@@ -101,38 +80,24 @@ protected:
             std::filesystem::permissions(fFolder.Write(name, record), std::filesystem::perms::owner_all);
         }
         fFolder.Write("config/vxpreviewagent/actions.json", R"({"actions":{"showHeldJob":["viewer","--held"]}})");
-        StartAgent();
+        fAgent = LaunchAgent();
         ASSERT_TRUE(WaitUntil([this] { return std::filesystem::exists(GetSocket()); }));
     }
-    void TearDown() override { EXPECT_EQ(StopAgent(), 0); }
-
-    void StartAgent()
+    void TearDown() override
     {
-        std::vector<std::string> environment = {"PATH=" + fFolder.GetPath("bin") + ":/usr/bin:/bin",
-                                                "XDG_CONFIG_HOME=" + fFolder.GetPath("config"),
-                                                "VX_PREVIEW_AGENT_SOCKET=" + GetSocket()};
-        std::vector<char*> pointers;
-        for (std::string& variable : environment)
-        {
-            pointers.push_back(variable.data());
-        }
-        pointers.push_back(nullptr);
-        std::string name = "vxpreviewagent";
-        std::array<char*, 2> arguments = {name.data(), nullptr};
-        ASSERT_EQ(posix_spawn(&fAgent, VX_AGENT_PATH, nullptr, nullptr, arguments.data(), pointers.data()), 0);
+        fAgent->Signal(SIGTERM);
+        EXPECT_EQ(fAgent->Wait(), 0);
     }
 
-    int StopAgent()
+    [[nodiscard]] std::unique_ptr<ALaunchedFilter> LaunchAgent() const
     {
-        kill(fAgent, SIGTERM);
-        return WaitForAgent();
-    }
-
-    int WaitForAgent() const
-    {
-        int status = -1;
-        waitpid(fAgent, &status, 0);
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        ALaunch launch;
+        launch.fProgram = VX_AGENT_PATH;
+        launch.fEnvironment = {{"PATH", fFolder.GetPath("bin") + ":/usr/bin:/bin"},
+                               {"XDG_CONFIG_HOME", fFolder.GetPath("config")},
+                               {"VX_PREVIEW_AGENT_SOCKET", GetSocket()}};
+        launch.fOutput = launch.fErrors = STDERR_FILENO;
+        return std::make_unique<ALaunchedFilter>(launch);
     }
 
     void Send(const std::string& inText) const
@@ -145,18 +110,14 @@ protected:
 
     [[nodiscard]] std::string GetRecordPath() const { return fFolder.GetPath("record"); }
 
-    [[nodiscard]] std::string GetRecord() const
-    {
-        std::ifstream file(GetRecordPath());
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
+    [[nodiscard]] std::string GetRecord() const { return ReadFile(GetRecordPath()); }
 
     [[nodiscard]] bool WaitForRecord(const std::string& inText) const
     {
         return WaitUntil([&] { return GetRecord().find(inText) != std::string::npos; });
     }
 
-    pid_t fAgent = 0;
+    std::unique_ptr<ALaunchedFilter> fAgent;
 };
 
 TEST_F(PreviewAgentTest, MessageFollowsTheJob)
@@ -239,15 +200,11 @@ TEST_F(AgentTest, ASilentClientHoldsItUpForTwoSecondsOnly)
 
 TEST_F(AgentTest, ASecondAgentLeavesTheFirstItsSocket)
 {
-    const pid_t first = fAgent;
-    StartAgent();
-    EXPECT_EQ(WaitForAgent(), 1);
-    fAgent = first;
+    EXPECT_EQ(LaunchAgent()->Wait(), 1);
     Send(std::string(kOpenMessage) + "\n");
     EXPECT_TRUE(WaitForRecord("xdg-open http://10.0.0.7\n"));
-    kill(fAgent, SIGKILL);
-    WaitForAgent();
-    StartAgent();
+    fAgent.reset();
+    fAgent = LaunchAgent();
     ASSERT_TRUE(WaitUntil(
         [this]
         {

@@ -85,8 +85,7 @@ std::string AIPPPrinter::GetAskedURI()
 
 void AIPPPrinter::Hang(int inSocket, const std::stop_token& inEnd)
 {
-    char byte = 0;
-    while (!inEnd.stop_requested() && !(IsReadable(inSocket) && recv(inSocket, &byte, 1, 0) <= 0))
+    while (!inEnd.stop_requested() && !IsClosedByPeer(inSocket))
     {
     }
 }
@@ -116,30 +115,26 @@ void AIPPPrinter::Serve(const std::stop_token& inEnd)
 {
     while (!inEnd.stop_requested())
     {
-        if (IsReadable(fListener))
+        if (!IsReadable(fListener))
         {
-            ServeNext(inEnd);
+            continue;
         }
-    }
-}
-
-void AIPPPrinter::ServeNext(const std::stop_token& inEnd)
-{
-    AMisbehaviour misbehaviour;
-    {
-        const std::scoped_lock lock(fMutex);
-        misbehaviour = fMisbehaviour;
+        std::unique_lock lock(fMutex);
+        const AMisbehaviour misbehaviour = fMisbehaviour;
         ++fConnections;
         fConnected.notify_all();
+        lock.unlock();
+        if (misbehaviour)
+        {
+            const int client = accept(fListener, nullptr, nullptr);
+            misbehaviour(client, inEnd);
+            close(client);
+        }
+        else
+        {
+            Answer();
+        }
     }
-    if (!misbehaviour)
-    {
-        Answer();
-        return;
-    }
-    const int client = accept(fListener, nullptr, nullptr);
-    misbehaviour(client, inEnd);
-    close(client);
 }
 
 void AIPPPrinter::Answer()

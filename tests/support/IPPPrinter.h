@@ -41,7 +41,6 @@ public:
 
 private:
     void Serve(const std::stop_token& inEnd);
-    void ServeNext(const std::stop_token& inEnd);
     void Answer();
     [[nodiscard]] ipp_t* MakeResponse(ipp_t* inRequest);
 

@@ -69,10 +69,10 @@ bool EnterPrivateTmp(const std::string& inFolder)
            mount(inFolder.c_str(), "/tmp", nullptr, MS_BIND, nullptr) == 0;
 }
 
-[[noreturn]] void BecomeFilter(const ALaunch& inLaunch, char** inArguments, char** inEnvironment)
+[[noreturn]] void BecomeProgram(const ALaunch& inLaunch, char** inArguments, char** inEnvironment)
 {
     // Its path may lie below the /tmp that is about to go.
-    const int program = open(VX_FILTER_PATH, O_RDONLY | O_CLOEXEC);
+    const int program = open(inLaunch.fProgram.c_str(), O_RDONLY | O_CLOEXEC);
     if (!inLaunch.fPrivateTmp.empty() && !EnterPrivateTmp(inLaunch.fPrivateTmp))
     {
         _exit(ALaunchedFilter::kNoPrivateTmp);
@@ -97,8 +97,8 @@ ALaunchedFilter::ALaunchedFilter(const ALaunch& inLaunch)
     fChild = fork();
     if (fChild == 0)
     {
-        BecomeFilter(inLaunch, const_cast<char**>(argumentPointers.data()),
-                     const_cast<char**>(environmentPointers.data()));
+        BecomeProgram(inLaunch, const_cast<char**>(argumentPointers.data()),
+                      const_cast<char**>(environmentPointers.data()));
     }
 }
 
@@ -157,32 +157,26 @@ ADescriptor::ADescriptor(const std::string& inPath, int inFlags)
     }
 }
 
-void ADescriptor::Close()
+void ADescriptor::Reset(int inDescriptor)
 {
     if (fDescriptor >= 0)
     {
         close(fDescriptor);
-        fDescriptor = -1;
     }
+    fDescriptor = inDescriptor;
 }
 
-struct APipe::AEnds
+APipe::APipe(int inSize)
 {
-    explicit AEnds(int inSize)
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0)
     {
-        if (pipe2(fEnds.data(), O_CLOEXEC) != 0)
-        {
-            throw std::runtime_error("no pipe");
-        }
-        fcntl(fEnds[1], F_SETPIPE_SZ, inSize);
+        throw std::runtime_error("no pipe");
     }
-
-    std::array<int, 2> fEnds{};
-};
-
-APipe::APipe(int inSize) : APipe(AEnds(inSize)) {}
-
-APipe::APipe(const AEnds& inEnds) : fRead(inEnds.fEnds[0]), fWrite(inEnds.fEnds[1]) {}
+    fRead.Reset(ends[0]);
+    fWrite.Reset(ends[1]);
+    fcntl(ends[1], F_SETPIPE_SZ, inSize);
+}
 
 bool WriteAll(int inDescriptor, std::string_view inText)
 {

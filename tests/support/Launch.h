@@ -9,11 +9,13 @@
 #include <sys/resource.h>
 #include <sys/types.h>
 
-/// How to start the built filter where RunFilter is too kind: every argument, descriptor and limit is the test's own.
+/// How to start the built filter, or another program of ours, where RunFilter is too kind: every argument, descriptor
+/// and limit is the test's own.
 struct ALaunch
 {
     static constexpr int kClosed = -1;
 
+    std::string fProgram = VX_FILTER_PATH;
     std::vector<std::string> fArguments;             ///< behind the program's name
     std::map<std::string, std::string> fEnvironment; ///< all of it, but for the sanitizers' options
     int fInput = kClosed;                            ///< descriptors, not owned
@@ -60,7 +62,8 @@ public:
     ADescriptor& operator=(const ADescriptor&) = delete;
 
     [[nodiscard]] int Get() const { return fDescriptor; }
-    void Close();
+    void Close() { Reset(-1); }
+    void Reset(int inDescriptor);
 
 private:
     int fDescriptor;
@@ -73,10 +76,6 @@ struct APipe
 
     ADescriptor fRead{-1};
     ADescriptor fWrite{-1};
-
-private:
-    struct AEnds;
-    explicit APipe(const AEnds& inEnds);
 };
 
 /// Writes all of it, however small the reader's bites are. False when the reader is gone.

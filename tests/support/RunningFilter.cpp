@@ -1,108 +1,47 @@
 #include "RunningFilter.h"
 
-#include <array>
-#include <csignal>
-#include <unistd.h>
+#include <fcntl.h>
+#include <thread>
 
-ARunningFilter::ARunningFilter(const std::string& inOptions, std::map<std::string, std::string> inEnvironment,
-                               const std::string& inUser)
+ARunningFilter::ARunningFilter(const std::string& inOptions, std::map<std::string, std::string> inEnvironment)
 {
+    const ADescriptor output(fFolder.GetPath("output"), O_WRONLY | O_CREAT);
+    const ADescriptor log(fFolder.GetPath("log"), O_WRONLY | O_CREAT);
     ALaunch launch;
-    launch.fArguments = {"1", inUser, "title", "1", inOptions};
+    launch.fArguments = {"1", "user", "title", "1", inOptions};
     launch.fEnvironment = std::move(inEnvironment);
     launch.fInput = fInput.fRead.Get();
-    launch.fOutput = fOutput.fPipe.fWrite.Get();
-    launch.fErrors = fLog.fPipe.fWrite.Get();
+    launch.fOutput = output.Get();
+    launch.fErrors = log.Get();
     fFilter.emplace(launch);
     fInput.fRead.Close();
-    for (AStream* stream : {&fOutput, &fLog})
-    {
-        stream->fPipe.fWrite.Close();
-        stream->fReader = std::jthread([this, stream] { ReadAll(*stream); });
-    }
 }
 
-ARunningFilter::~ARunningFilter()
+std::optional<int> ARunningFilter::Finish(std::string_view inText, int inSeconds)
 {
-    // Ends the filter, and with it what the readers wait for.
-    fFilter.reset();
-}
-
-void ARunningFilter::ReadAll(AStream& ioStream)
-{
-    std::array<char, 4096> bytes{};
-    for (ssize_t size = 0; (size = read(ioStream.fPipe.fRead.Get(), bytes.data(), bytes.size())) > 0;)
-    {
-        const std::scoped_lock lock(fMutex);
-        ioStream.fText.append(bytes.data(), static_cast<std::size_t>(size));
-        fArrived.notify_all();
-    }
-}
-
-void ARunningFilter::Feed(std::string_view inText)
-{
-    WriteAll(fInput.fWrite.Get(), inText);
-}
-
-void ARunningFilter::EndInput()
-{
+    Feed(inText);
     fInput.fWrite.Close();
+    return fFilter->Wait(std::chrono::seconds(inSeconds));
 }
 
-bool ARunningFilter::WaitFor(AStream& ioStream, std::string_view inText, int inSeconds)
+bool ARunningFilter::WaitForOutput(std::string_view inText, int inSeconds) const
 {
-    std::unique_lock lock(fMutex);
-    return fArrived.wait_for(lock, std::chrono::seconds(inSeconds),
-                             [&] { return ioStream.fText.find(inText) != std::string::npos; });
+    return WaitUntil([&] { return GetOutput().find(inText) != std::string::npos; }, inSeconds);
 }
 
-bool ARunningFilter::WaitForOutput(std::string_view inText, int inSeconds)
+bool ARunningFilter::WaitForLog(std::string_view inText, int inSeconds) const
 {
-    return WaitFor(fOutput, inText, inSeconds);
+    return WaitUntil([&] { return GetLog().find(inText) != std::string::npos; }, inSeconds);
 }
 
-bool ARunningFilter::WaitForLog(std::string_view inText, int inSeconds)
+bool WaitUntil(const std::function<bool()>& inCondition, int inSeconds)
 {
-    return WaitFor(fLog, inText, inSeconds);
-}
-
-std::string ARunningFilter::GetText(AStream& ioStream)
-{
-    const std::scoped_lock lock(fMutex);
-    return ioStream.fText;
-}
-
-std::string ARunningFilter::GetOutput()
-{
-    return GetText(fOutput);
-}
-std::string ARunningFilter::GetLog()
-{
-    return GetText(fLog);
-}
-
-bool ARunningFilter::IsRunning()
-{
-    return !WaitForEnd(0);
-}
-
-std::optional<int> ARunningFilter::WaitForEnd(int inSeconds)
-{
-    if (!fStatus)
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(inSeconds);
+    bool isSo = inCondition();
+    while (!isSo && std::chrono::steady_clock::now() < end)
     {
-        fStatus = fFilter->Wait(std::chrono::seconds(inSeconds));
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        isSo = inCondition();
     }
-    for (AStream* stream : {&fOutput, &fLog})
-    {
-        if (fStatus && stream->fReader.joinable())
-        {
-            stream->fReader.join();
-        }
-    }
-    return fStatus;
-}
-
-void ARunningFilter::Signal(int inSignal) const
-{
-    fFilter->Signal(inSignal);
+    return isSo;
 }

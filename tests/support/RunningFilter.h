@@ -1,62 +1,41 @@
 #pragma once
 
-#include <condition_variable>
+#include <functional>
 #include <map>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <thread>
 
 #include "Launch.h"
+#include "TemporaryFolder.h"
 
-/// The built filter while it works on a job that the test hands over piece by piece.
+/// The built filter while it works on a job that the test hands over piece by piece. It is killed when it still runs at
+/// the end.
 class ARunningFilter
 {
 public:
-    /// Arguments "1 USER title 1 OPTIONS" and the job on standard input, with this environment and no other.
-    ARunningFilter(const std::string& inOptions, std::map<std::string, std::string> inEnvironment,
-                   const std::string& inUser = "user");
+    /// Arguments "1 user title 1 OPTIONS" and the job on standard input, with this environment and no other.
+    ARunningFilter(const std::string& inOptions, std::map<std::string, std::string> inEnvironment);
 
-    /// Kills the filter when it still runs.
-    ~ARunningFilter();
-    ARunningFilter(const ARunningFilter&) = delete;
-    ARunningFilter& operator=(const ARunningFilter&) = delete;
+    void Feed(std::string_view inText) { WriteAll(fInput.fWrite.Get(), inText); }
 
-    void Feed(std::string_view inText);
-    void EndInput();
+    /// The exit status after this last piece, or 128 + signal; none when it does not end within the time.
+    [[nodiscard]] std::optional<int> Finish(std::string_view inText, int inSeconds = 10);
 
     // False when the text does not come within the time.
-    [[nodiscard]] bool WaitForOutput(std::string_view inText, int inSeconds = 10);
-    [[nodiscard]] bool WaitForLog(std::string_view inText, int inSeconds = 10);
+    [[nodiscard]] bool WaitForOutput(std::string_view inText, int inSeconds = 10) const;
+    [[nodiscard]] bool WaitForLog(std::string_view inText, int inSeconds = 10) const;
 
-    [[nodiscard]] std::string GetOutput();
-    [[nodiscard]] std::string GetLog();
+    [[nodiscard]] std::string GetOutput() const { return ReadFile(fFolder.GetPath("output")); }
+    [[nodiscard]] std::string GetLog() const { return ReadFile(fFolder.GetPath("log")); }
 
-    /// True while the process has not ended.
-    [[nodiscard]] bool IsRunning();
-
-    /// The exit status, or 128 + signal, once all output has arrived; none when it does not end within the time.
-    [[nodiscard]] std::optional<int> WaitForEnd(int inSeconds = 10);
-    void Signal(int inSignal) const;
+    [[nodiscard]] ALaunchedFilter& GetFilter() { return *fFilter; }
 
 private:
-    struct AStream
-    {
-        APipe fPipe;
-        std::string fText;
-        std::jthread fReader;
-    };
-
-    void ReadAll(AStream& ioStream);
-    bool WaitFor(AStream& ioStream, std::string_view inText, int inSeconds);
-    std::string GetText(AStream& ioStream);
-
-    std::mutex fMutex;
-    std::condition_variable fArrived;
+    ATemporaryFolder fFolder;
     APipe fInput;
     std::optional<ALaunchedFilter> fFilter;
-    std::optional<int> fStatus;
-    AStream fOutput;
-    AStream fLog;
 };
+
+/// Looks every few milliseconds whether it is so. False when it is not within the time.
+bool WaitUntil(const std::function<bool()>& inCondition, int inSeconds = 10);

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <string>
 
+#include "Launch.h"
 #include "TemporaryFolder.h"
 
 /// Programs that stand where the system's conversion filters do (CUPS_SERVERBIN), as shell scripts. By default each
@@ -20,11 +21,7 @@ public:
     [[nodiscard]] std::string GetPath() const { return fFolder.GetPath(); }
 
     /// What a script left there.
-    [[nodiscard]] std::string Read(const std::string& inName) const
-    {
-        std::ifstream file(fFolder.GetPath(inName), std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    }
+    [[nodiscard]] std::string Read(const std::string& inName) const { return ReadFile(fFolder.GetPath(inName)); }
 
 private:
     void Put(const std::string& inName, const std::string& inScript) const

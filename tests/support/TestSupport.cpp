@@ -1,8 +1,11 @@
 #include "TestSupport.h"
 
+#include <array>
+#include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
+#include <gtest/gtest.h>
 
 #include "Launch.h"
 #include "TemporaryFolder.h"
@@ -121,6 +124,13 @@ std::string MakeJob(int inPages, std::string_view inSetup)
     return job + "%%Trailer\n%%EOF\n";
 }
 
+std::string SetupOf(const std::string& inOptions, std::string_view inStatements, std::string_view inSetup)
+{
+    const AFilterResult result =
+        RunFilter({.fOptions = inOptions, .fJob = MakeJob(1, inSetup), .fPPD = MakePPD(inStatements)});
+    return Between(result.fOutput, "%%BeginSetup\n", "%%EndSetup").value_or(result.fOutput);
+}
+
 std::optional<std::string> Between(std::string_view inText, std::string_view inBegin, std::string_view inEnd)
 {
     const std::size_t begin = inText.find(inBegin);
@@ -136,4 +146,35 @@ std::string Replace(std::string inText, std::string_view inFrom, std::string_vie
 {
     const std::size_t at = inText.find(inFrom);
     return at == std::string::npos ? inText : inText.replace(at, inFrom.size(), inTo);
+}
+
+int CountOf(std::string_view inText, std::string_view inWord)
+{
+    int count = 0;
+    for (std::size_t at = inText.find(inWord); at != std::string_view::npos; at = inText.find(inWord, at + 1))
+    {
+        ++count;
+    }
+    return count;
+}
+
+std::string RunShell(const std::string& inCommand)
+{
+    FILE* const pipe = popen(inCommand.c_str(), "r");
+    std::string said;
+    std::array<char, 4096> bytes{};
+    for (std::size_t count = 0; pipe != nullptr && (count = fread(bytes.data(), 1, bytes.size(), pipe)) > 0;)
+    {
+        said.append(bytes.data(), count);
+    }
+    EXPECT_EQ(pipe != nullptr ? pclose(pipe) : -1, 0) << inCommand << '\n' << said;
+    return said;
+}
+
+std::string RunGhostscript(const std::string& inOptions, std::string_view inProgram)
+{
+    const ATemporaryFolder folder;
+    const std::string errors = folder.GetPath("errors");
+    return RunShell("gs -q -dBATCH -dNOPAUSE " + inOptions + " " + folder.Write("job.ps", inProgram) + " 2>" + errors +
+                    "; status=$?; cat " + errors + "; exit $status");
 }

@@ -41,6 +41,10 @@ struct AFilterResult
 /// of its own). Every file is in a temporary folder that goes away.
 [[nodiscard]] AFilterResult RunFilter(const AFilterRun& inRun);
 
+/// The setup that comes out of a converted job of one page, for a printer of MakePPD.
+[[nodiscard]] std::string SetupOf(const std::string& inOptions, std::string_view inStatements,
+                                  std::string_view inSetup = "");
+
 /// A printer description that libcups accepts: a head with two page sizes and a duplex unit, then the given statements.
 [[nodiscard]] std::string MakePPD(std::string_view inStatements);
 
@@ -57,3 +61,12 @@ struct AFilterResult
 
 /// The text with the first inFrom replaced by inTo.
 [[nodiscard]] std::string Replace(std::string inText, std::string_view inFrom, std::string_view inTo);
+
+/// How often the word stands in the text.
+[[nodiscard]] int CountOf(std::string_view inText, std::string_view inWord);
+
+/// What the command says on standard output. Expects it to end well.
+std::string RunShell(const std::string& inCommand);
+
+/// What Ghostscript prints while it runs the program, and then what it reports. Expects it to end well.
+[[nodiscard]] std::string RunGhostscript(const std::string& inOptions, std::string_view inProgram);
