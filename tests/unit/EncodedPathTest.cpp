@@ -1,18 +1,16 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
-#include <iterator>
 #include <limits>
 #include <random>
-#include <string>
 #include <vector>
 
 #include "ForeignLocale.h"
 #include "Imaging/NumberText.h"
 #include "Processors/EncodedPath.h"
+#include "TestSupport.h"
 
 namespace
 {
@@ -38,14 +36,8 @@ AGlyph MakeGlyph(std::vector<AOutlineStep> inOutline, float inAdvance = 0)
 std::string Encode(AEncodedPath& ioPath, const AGlyph& inGlyph)
 {
     EXPECT_TRUE(ioPath.Encode(inGlyph));
-    const std::string begin = "{ { -10.000000 -20.000000 30.000000 40.000000 0 0\n";
-    const std::string end = " >\n } ustroke\n";
-    const std::string text(ioPath.GetText());
-    if (!text.starts_with(begin) || !text.ends_with(end))
-    {
-        return text;
-    }
-    return text.substr(begin.size(), text.size() - begin.size() - end.size());
+    return Between(ioPath.GetText(), "{ { -10.000000 -20.000000 30.000000 40.000000 0 0\n", " >\n } ustroke\n")
+        .value_or(std::string(ioPath.GetText()));
 }
 
 std::string EncodeAlone(const AGlyph& inGlyph)
@@ -71,8 +63,7 @@ TEST(EncodedPath, TurnsAnOutlineUpsideDownStepByStep)
 
 TEST(EncodedPath, WidensTheBoundsOfALine)
 {
-    const ATextLine line{{}, 0, 50, 30, 10};
-    const APathBounds bounds = APathBounds::Around(line);
+    const APathBounds bounds = APathBounds::Around({{}, 0, 50, 30, 10});
     EXPECT_FLOAT_EQ(bounds.fLeft, -105);
     EXPECT_FLOAT_EQ(bounds.fBottom, -114);
     EXPECT_FLOAT_EQ(bounds.fRight, 155);
@@ -81,19 +72,13 @@ TEST(EncodedPath, WidensTheBoundsOfALine)
 
 TEST(EncodedPath, ClampsEachStepAgainstTheBounds)
 {
-    struct ACase
+    const std::pair<AOutlineStep, const char*> cases[] = {
+        {LineTo(30, -40), " 30.000000 40.000000"}, {LineTo(31, 0), " 30.000000 -0.000000"},
+        {LineTo(-11, 0), " -10.000000 -0.000000"}, {LineTo(0, 21), " 0.000000 -20.000000"},
+        {LineTo(0, -41), " 0.000000 40.000000"},   {LineTo(99, 99), " 30.000000 -20.000000"}};
+    for (const auto& [step, clamped] : cases)
     {
-        float fX, fY;
-        const char* fClamped;
-    };
-    constexpr ACase kCases[] = {
-        {30, -40, " 30.000000 40.000000\n"}, {31, 0, " 30.000000 -0.000000\n"}, {-11, 0, " -10.000000 -0.000000\n"},
-        {0, 21, " 0.000000 -20.000000\n"},   {0, -41, " 0.000000 40.000000\n"}, {99, 99, " 30.000000 -20.000000\n"},
-    };
-    for (const ACase& test : kCases)
-    {
-        const std::string text = EncodeAlone(MakeGlyph({LineTo(test.fX, test.fY)}));
-        EXPECT_EQ(text, std::string(test.fClamped).append(" }\n< 00 01\n 04"));
+        EXPECT_EQ(EncodeAlone(MakeGlyph({step})), std::string(clamped) + "\n }\n< 00 01\n 04");
     }
     // What comes next is relative to the point that was asked for, and a curve's points are clamped one by one.
     EXPECT_EQ(EncodeAlone(MakeGlyph({LineTo(50, 0), {OutlineOperator::kCurveTo, {{{60, 0}, {81, 0}, {38, 0}}}}})),
@@ -133,19 +118,19 @@ TEST(EncodedPath, WritesNumbersAsPrintfDoesInAnyLocale)
     {
         numbers.push_back(std::ldexp(mantissa(random), exponent));
     }
-    const auto print = [](float inNumber)
+    std::string expected;
+    for (const float number : numbers)
     {
         std::array<char, 64> text{};
-        std::snprintf(text.data(), text.size(), "%f", static_cast<double>(inNumber));
-        return std::string(text.data());
-    };
-    std::vector<std::string> expected;
-    std::transform(numbers.begin(), numbers.end(), std::back_inserter(expected), print);
-    const AForeignLocale locale;
-    for (std::size_t i = 0; i < numbers.size(); ++i)
-    {
-        std::string text;
-        AppendNumber(text, numbers[i]);
-        EXPECT_EQ(text, expected[i]);
+        std::snprintf(text.data(), text.size(), "%f ", static_cast<double>(number));
+        expected += text.data();
     }
+    const AForeignLocale locale;
+    std::string written;
+    for (const float number : numbers)
+    {
+        AppendNumber(written, number);
+        written += ' ';
+    }
+    EXPECT_EQ(written, expected);
 }

@@ -8,7 +8,6 @@
 #include "Imaging/NumberText.h"
 #include "Processors/BookletProcessor.h"
 #include "Processors/CustomPageSizeProcessor.h"
-#include "Processors/ImageShiftProcessor.h"
 #include "Processors/ManualDuplexProcessor.h"
 #include "Processors/TBCPProcessor.h"
 
@@ -34,39 +33,12 @@ TEST(WriteFixed, RoundsAsPrintfAndShowsNoSignOfZero)
     EXPECT_EQ(WriteFixed(-0.04, 2), "-0.04");
 }
 
-TEST(BookletLayout, KeepsProportionsAndCentres)
-{
-    const APageSizeRecord landscape = {"A4R", 842, 595, 0, 0, 842, 595};
-    const ABookletLayout layout = LayOutBooklet(kA4, landscape, false);
-    EXPECT_FLOAT_EQ(layout.fScaleX, 817.4F / 2 / 842);
-    EXPECT_EQ(layout.fScaleX, layout.fScaleY);
-    EXPECT_FLOAT_EQ(layout.fHalfY, (571 - 595 * layout.fScaleX) / 2);
-    EXPECT_FLOAT_EQ(layout.fSecondHalfX, 817.4F / 2);
-    EXPECT_EQ(layout.fOriginX, 583);
-    EXPECT_EQ(layout.fOriginY, 12);
-}
-
 TEST(BookletLayout, MovesTheSecondPageToTheFarEdge)
 {
     const ABookletLayout layout = LayOutBooklet(kTabloid, kA4, false);
     EXPECT_FLOAT_EQ(layout.fScaleX, 756.0F / 842);
     EXPECT_EQ(WriteFixed(static_cast<double>(layout.fHalfY), 1), "0.0");
     EXPECT_FLOAT_EQ(layout.fSecondHalfX, 1152 - 595 * layout.fScaleX);
-}
-
-TEST(BookletLayout, FitsEachAxisByItself)
-{
-    const ABookletLayout layout = LayOutBooklet(kTabloid, kA4, true);
-    EXPECT_FLOAT_EQ(layout.fScaleX, 576.0F / 595);
-    EXPECT_FLOAT_EQ(layout.fScaleY, 756.0F / 842);
-    EXPECT_EQ(layout.fSecondHalfX, 576);
-    EXPECT_EQ(layout.fHalfY, 0);
-}
-
-TEST(ImageShift, AnInchIsASinglePrecisionNumber)
-{
-    EXPECT_EQ(WriteFixed(CastValueToPostScriptUnits(25.4), 6), "72.000001");
-    EXPECT_EQ(WriteFixed(CastValueToPostScriptUnits(-10), 6), "-28.346457");
 }
 
 TEST(FeedEdge, PrefersTheLongEdgeForPaperThatIsShortEnough)

@@ -7,38 +7,31 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <functional>
-#include <memory>
 #include <random>
 
 #include "Foundation/DocumentIterator.h"
 #include "Imaging/Logger.h"
+#include "Launch.h"
 #include "TemporaryFolder.h"
 #include "TestSupport.h"
 
 namespace
 {
 
-/// What a task does at its n-th call: the same in both iterations.
-struct ABehaviour
-{
-    std::vector<int> fActions;
-    std::size_t fCalls = 0;
-    std::vector<std::string> fSeen;
-
-    int Next(const char* inOrder, std::string_view inText)
-    {
-        fSeen.push_back(std::string(inOrder) + ": " + std::string(inText));
-        return fActions[fCalls++ % fActions.size()];
-    }
-};
-
 constexpr std::array<const char*, 7> kPatterns = {"%%Page:", "VXName", "%%EndProlog", "*Duplex", "%!PS", "ab", "\x01M"};
 
+/// The tasks, and what one does at its n-th call: the same in both iterations.
 struct AScript
 {
     std::vector<AProcessingTask::ADeclaration> fTasks;
-    ABehaviour fBehaviour;
+    std::vector<int> fActions;
+    std::vector<std::string> fSeen;
+
+    int Next(bool inIsBefore, std::string_view inText)
+    {
+        fSeen.push_back((inIsBefore ? "pre: " : "post: ") + std::string(inText));
+        return fActions[(fSeen.size() - 1) % fActions.size()];
+    }
 };
 
 class AScriptedProcessor final : public ILineProcessor
@@ -55,7 +48,7 @@ public:
     LineProcessStatus ProcessLine(APostScriptLineInfo& ioLine) override
     {
         const bool isBefore = ioLine.GetLineOrder() == kBeforeLine;
-        const int action = fScript.fBehaviour.Next(isBefore ? "pre" : "post", ioLine.GetText());
+        const int action = fScript.Next(isBefore, ioLine.GetText());
         const AProcessingTask::ADeclaration& task =
             fScript.fTasks[static_cast<std::size_t>(action) % fScript.fTasks.size()];
         switch (action % 8)
@@ -195,7 +188,7 @@ private:
             {
                 continue;
             }
-            const int action = fScript.fBehaviour.Next(inOrder == kBeforeLine ? "pre" : "post", ioLine);
+            const int action = fScript.Next(inOrder == kBeforeLine, ioLine);
             const auto& task = fScript.fTasks[static_cast<std::size_t>(action) % fScript.fTasks.size()];
             if (action % 8 == 0 && inOrder == kBeforeLine)
             {
@@ -255,20 +248,9 @@ int Pick(ARandom& ioRandom, int inCount)
 
 std::string MakeRandomJob(ARandom& ioRandom)
 {
-    static const std::array<std::string, 14> kPieces = {"\n",
-                                                        "\n",
-                                                        "\r",
-                                                        "\r\n",
-                                                        " ",
-                                                        "%%Page: 1 1",
-                                                        "VXName",
-                                                        "%%EndProlog",
-                                                        "%!PS",
-                                                        "*Duplex",
-                                                        std::string(1, '\0'),
-                                                        "\x04",
-                                                        "\x01M",
-                                                        "(text) show"};
+    static const std::array<std::string, 14> kPieces = {"\n",          "\n",     "\r",          "\r\n",       " ",
+                                                        "%%Page: 1 1", "VXName", "%%EndProlog", "%!PS",       "*Duplex",
+                                                        {"\0", 1},     "\x04",   "\x01M",       "(text) show"};
     std::string job;
     const int pieces = Pick(ioRandom, 200);
     for (int i = 0; i < pieces; ++i)
@@ -306,41 +288,25 @@ AScript MakeRandomScript(ARandom& ioRandom)
     }
     for (int i = 0; i < 23; ++i)
     {
-        script.fBehaviour.fActions.push_back(Pick(ioRandom, 64));
+        script.fActions.push_back(Pick(ioRandom, 64));
     }
     return script;
 }
 
-std::string Iterate(const ATemporaryFolder& inFolder, const std::string& inJob,
-                    const std::function<void(ADocumentIterator&)>& inRun)
+std::string RunReal(const ATemporaryFolder& inFolder, const std::string& inJob, AScript& ioScript)
 {
     ACupsFile input(inFolder.Write("job", inJob));
     ACupsFile output(inFolder.GetPath("output"));
     EXPECT_TRUE(input.OpenForRead() && output.OpenForReadAndWrite());
     {
         ADocumentIterator iterator(input, output);
-        inRun(iterator);
+        const AScriptedProcessor processor(iterator, ioScript);
+        iterator.IterateDocument();
     }
     EXPECT_TRUE(output.Finish());
-    output.Rewind();
-    std::string text;
-    for (bool isEOF = false; !isEOF;)
-    {
-        text += output.ReadLine(isEOF).fText;
-    }
     output.Close();
     input.Close();
-    return text;
-}
-
-std::string RunReal(const ATemporaryFolder& inFolder, const std::string& inJob, AScript& ioScript)
-{
-    return Iterate(inFolder, inJob,
-                   [&](ADocumentIterator& ioIterator)
-                   {
-                       const AScriptedProcessor processor(ioIterator, ioScript);
-                       ioIterator.IterateDocument();
-                   });
+    return ReadFile(inFolder.GetPath("output"));
 }
 
 } // namespace
@@ -359,7 +325,7 @@ TEST(Iteration, SpansAndLinesGiveTheSameJob)
         const std::string expected = ASimpleIteration(job, simpleScript).Run();
         ASSERT_TRUE(output == expected) << "seed " << seed << ": " << output.size() << " bytes, not "
                                         << expected.size();
-        ASSERT_TRUE(script.fBehaviour.fSeen == simpleScript.fBehaviour.fSeen) << "seed " << seed;
+        ASSERT_TRUE(script.fSeen == simpleScript.fSeen) << "seed " << seed;
     }
     LoggerSetLogLevel(kLogTrace);
 }
@@ -373,33 +339,10 @@ TEST(Iteration, FindsALineThatTwoReadsBring)
     {
         AScript script;
         script.fTasks.push_back({"VXName", kBeforeLine, "", false, false});
-        script.fBehaviour.fActions = {7};
+        script.fActions = {7};
         const std::string job = std::string(before, '\n') + "some code VXName Set\nmore\n";
         EXPECT_TRUE(RunReal(folder, job, script) == job + "\x04") << before;
-        EXPECT_EQ(script.fBehaviour.fSeen.size(), 1U) << before;
+        EXPECT_EQ(script.fSeen.size(), 1U) << before;
     }
     LoggerSetLogLevel(kLogTrace);
-}
-
-TEST(Iteration, ATerminationLetsTheFirstPageFinish)
-{
-    const ATemporaryFolder folder;
-    const std::string start = "%!PS-Adobe-3.0\n%%Page: 1 1\nshowpage\n";
-    const std::string rest = "%%Page: 2 2\nshowpage\n%%Trailer\n";
-    for (const bool isAllowed : {false, true})
-    {
-        AScript script;
-        script.fTasks.push_back({"never there", kBeforeLine, "", false, false});
-        const auto run = [&](ADocumentIterator& ioIterator)
-        {
-            if (isAllowed)
-            {
-                ioIterator.SetShouldHandleTermination();
-            }
-            const AScriptedProcessor processor(ioIterator, script);
-            ioIterator.TerminateIteration();
-            ioIterator.IterateDocument();
-        };
-        EXPECT_EQ(Iterate(folder, start + rest, run), start + (isAllowed ? "%%EOF\x04" : rest + "\x04"));
-    }
 }

@@ -18,17 +18,9 @@ struct ACase
     std::string fResult;
 };
 
-void Check(const std::vector<ACase>& inCases)
-{
-    for (const ACase& one : inCases)
-    {
-        EXPECT_EQ(one.fResult, FormatTemplate(one.fTemplate, one.fArguments)) << one.fTemplate;
-    }
-}
-
 TEST(PrintfTemplate, FormatsAsPrintfDoes)
 {
-    Check({
+    const ACase cases[] = {
         {"", {}, ""},
         {"/HoldKey (%s) 100%%", {"1234"}, "/HoldKey (1234) 100%"},
         {"%d %i %u %x %c", {7LL, -7LL, 7LL, 255LL, 65LL}, "7 -7 7 ff A"},
@@ -41,12 +33,7 @@ TEST(PrintfTemplate, FormatsAsPrintfDoes)
         {"[%3c|%-3c]", {65LL, 66LL}, "[  A|B  ]"},
         {"%--++0008d", {5LL}, "+5      "},
         {"%'d", {1234567LL}, "1234567"},
-    });
-}
-
-TEST(PrintfTemplate, GivesConversionsWhatTheyWant)
-{
-    Check({
+        // a conversion gets what it wants
         {"%d", {3000000000LL}, "3000000000"},
         {"%u %u %lu %x", {-1LL, LLONG_MIN, -1LL, -1LL}, "4294967295 9223372036854775808 18446744073709551615 ffffffff"},
         {"%hhd %hd %hhu %hx %lld %zd", {257LL, 65537LL, -1LL, -1LL, 5LL, 6LL}, "1 1 255 ffff 5 6"},
@@ -57,12 +44,7 @@ TEST(PrintfTemplate, GivesConversionsWhatTheyWant)
         {"%s %s", {-5LL, 1.5}, "-5 1.500000"},
         {"%c%c|%c", {"xyz", "", 65.9}, "x|A"},
         {"%s", {std::string("a\0b", 3)}, std::string("a\0b", 3)},
-    });
-}
-
-TEST(PrintfTemplate, CopiesWhatItDoesNotKnow)
-{
-    Check({
+        // what is not known is copied
         {"%n %p %*d %o %X %a %y", {7LL}, "%n %p %*d %o %X %a %y"},
         {"%d %d", {1LL}, "1 %d"},
         {"%-08.3lf", {}, "%-08.3lf"},
@@ -75,7 +57,11 @@ TEST(PrintfTemplate, CopiesWhatItDoesNotKnow)
         {"%%%", {1LL}, "%%"},
         {"extra", {1LL, 2LL}, "extra"},
         {std::string("a\0%d", 4), {1LL}, std::string("a\0001", 3)},
-    });
+    };
+    for (const ACase& one : cases)
+    {
+        EXPECT_EQ(one.fResult, FormatTemplate(one.fTemplate, one.fArguments)) << one.fTemplate;
+    }
 }
 
 TEST(PrintfTemplate, BoundsWhatATemplateAsksFor)

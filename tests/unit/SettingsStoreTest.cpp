@@ -73,15 +73,6 @@ struct ACase
     const char* fCopies = "1";
 };
 
-void Check(const ACase& inCase)
-{
-    SCOPED_TRACE(std::string(inCase.fOptions) + " | " + inCase.fPPD);
-    const AScopedEnvironment type("CONTENT_TYPE", inCase.fContentType);
-    const AScopedEnvironment chain("FINAL_CONTENT_TYPE", nullptr);
-    const AStore store(inCase.fOptions, MakePPD(inCase.fPPD), inCase.fCopies);
-    EXPECT_EQ(Replace(Describe(store.fSettings), "can-duplex ", ""), inCase.fExpected);
-}
-
 constexpr const char* kNative = nullptr;
 constexpr const char* kOrderOption = "*OpenUI *OutputOrder: PickOne\n*OutputOrder Normal: \"\"\n"
                                      "*OutputOrder Reverse: \"\"\n*CloseUI: *OutputOrder\n";
@@ -97,180 +88,130 @@ constexpr const char* kCollateNeedsDisk =
     "*OpenGroup: InstallableOptions/Installed\n*OpenUI *VXDisk: Boolean\n*DefaultVXDisk: False\n*VXDisk False: \"\"\n"
     "*VXDisk True: \"\"\n*CloseUI: *VXDisk\n*CloseGroup: InstallableOptions\n"
     "*UIConstraints: *VXDisk False *Collate True\n*UIConstraints: *Collate True *VXDisk False\n";
+constexpr const char* kMarks = "*VXwmrSwitch On: \"x\"\n";
+constexpr const char* kMirror = "*MirrorPrint True: \"x\"\n";
+
+// What cannot be read is passed over, and of the rest the first counts.
+constexpr const char* kFirstRotationWins =
+    "*VXStapler UpperLeft: \"x\"\n*VXFinishingRotation: \"UpperLeft=180\"\n"
+    "*VXFinishingRotation VXStapler: \"UpperLeft=180=180\"\n*VXFinishingRotation VXStapler: \"180\"\n"
+    "*VXFinishingRotation VXStapler: \"UpperLeft=90\"\n*VXFinishingRotation VXStapler: \"UpperLeft=180\"\n";
+constexpr const char* kUnknownRotation = "*VXFinishingRotation VXHidden: \"UpperLeft=180\"\n";
+constexpr const char* kFinishingOrder =
+    "*VXStapler UpperLeft: \"x\"\n*VXFinishingPageOrder VXStapler: \"UpperLeft=Normal\"\n"
+    "*VXFinishingPageOrder VXStapler: \"LowerLeft=Reverse\"\n";
 
 #define VX_ROWS "com.apple.print.PrintSettings.PMLayoutRows..n."
 #define VX_COLUMNS "com.apple.print.PrintSettings.PMLayoutColumns..n."
 
+const ACase kCases[] = {
+    // who made the job
+    {"", "", "face-down 0"},
+    {"", "", "face-down 0", "Text/Plain ; charset=utf-8"},
+    {"", "", "native face-down 0", "application/postscript"},
+    {"", "", "native face-down 0", "application/pdfx"},
+    {"", "", "native face-down 0", kNative},
+    // page order
+    {"OutputOrder=reverse", "", "reverse requested face-down 0"},
+    {"outputorder=Reverse", kOrderOption, "requested face-down in-order 0"},
+    {"OutputOrder=Reverse", "", "native requested face-down in-order 0", kNative},
+    {"OutputOrder=Normal", "*DefaultOutputOrder: Reverse\n", "face-down 0"},
+    {"", "*DefaultOutputOrder: Reverse\n", "reverse requested face-down 0"},
+    {"OutputOrder=Normal BinStackOrder=Reverse", "", "in-order 0"},
+    {"BinStackOrder=Reverse", "", "reverse 0"},
+    {"BinStackOrder=Reverse", kOrderOption, "reverse 0"},
+    {"BinStackOrder=Reverse", "", "native in-order 0", kNative},
+    // sides and bins
+    {"sides=TWO-sided-long-edge", "", "duplex face-down 0"},
+    {"sides=two", "", "face-down 0"},
+    {"sides=two-x", kFaceUp, "duplex in-order duplex-face-up 0"},
+    {"", kFaceUp, "in-order 0"},
+    {"VXFaceOrientation=FaceDown", kFaceBoth, "in-order 0"},
+    {"VXFaceOrientation=faceup", kFace, "in-order 0"},
+    {"VXFaceOrientation=FaceUp", "", "face-down 0"},
+    {"VXFaceOrientation=FaceUp BinStackOrder=x", "", "face-down 0"},
+    {"VXFaceOrientation=FaceDown BinStackOrder=Reverse", kFace, "reverse face-down in-order 0"},
+    {"VXStraightPaperPath=True", kStraight, "in-order 0"},
+    {"VXStraightPaperPath=True", "", "face-down 0"},
+    {"VXStraightPaperPath=True sides=two-x", kStraight, "duplex face-down 0"},
+    {"VXStraightPaperPath=False BinStackOrder=Reverse", kStraight, "reverse face-down in-order 0"},
+    {"VXStraightPaperPath=False BinStackOrder=Reverse", "", "reverse 0"},
+    // finishing
+    {"VXRotate180=true", "", "face-down rotated 0"},
+    {"VXStapler=upperleft", kStapler180, "face-down rotated 0"},
+    {"VXRotate180=True VXStapler=UpperLeft", kStapler180, "face-down 0"},
+    {"VXStapler=None", kStapler180, "face-down 0"},
+    {"VXStapler=UpperLeft", kFirstRotationWins, "face-down 0"},
+    {"VXHidden=UpperLeft", kUnknownRotation, "face-down 0"},
+    {"OutputOrder=Reverse VXStapler=UpperLeft", kFinishingOrder, "reverse face-down in-order 0"},
+    {"OutputOrder=Reverse VXStapler=LowerLeft", kFinishingOrder, "reverse requested in-order 0"},
+    // copies and the first page
+    {"collate=True", "", "face-down 0"},
+    {"collate=true", "", "face-down collated 0", "application/pdf", "2"},
+    {"collate", "", "face-down collated 0", "application/pdf", "99999999999999999999"},
+    {"collate=True", "", "face-down 0", "application/pdf", "-2"},
+    {"collate=separate", "", "face-down 0", "application/pdf", "2"},
+    {"collate=True", kCollate, "face-down collated 0", "application/pdf", "2"},
+    {"collate=True", kCollateNeedsDisk, "face-down 0", "application/pdf", "2"},
+    {"collate=True", "*Collate False: \"\"\n", "face-down 0", "application/pdf", "2"},
+    {"AP_FIRSTPAGE_InputSlot=x", "", "face-down first-page 0"},
+    {"AP_FIRSTPAGE_ManualFeed=False", "", "face-down first-page 0"},
+    // orientation
+    {"orientation-requested=4", "", "face-down 1"},
+    {"orientation-requested=4 " VX_ROWS "=1 " VX_COLUMNS "=2", "", "face-down 0"},
+    {"orientation-requested=4 " VX_ROWS "=2 " VX_COLUMNS "=2", "", "face-down 1"},
+    {"orientation-requested=5 " VX_ROWS "=3 " VX_COLUMNS "=2", "", "face-down 3"},
+    {"orientation-requested=6 " VX_ROWS "=2 " VX_COLUMNS "=3", "", "face-down 2"},
+    {"orientation-requested=9 " VX_ROWS "=2 " VX_COLUMNS "=1", "", "face-down 6"},
+    {VX_ROWS "=2 " VX_COLUMNS "=1", "", "face-down 1"},
+    {VX_ROWS "=2", "", "face-down 0"},
+    {"PMPageOrientation=4", "", "face-down 0"},
+    {"PMPageOrientation=4 orientation-requested=4", "", "native face-down 2", kNative},
+    {"PMPageOrientation=3", "", "native face-down 1", kNative},
+    {"orientation-requested=4", "", "native face-down 1", kNative},
+    // features that the printer must have
+    {"VXwmrSwitch=On VXwmrPages=FirstPage", "", "face-down 0"},
+    {"VXwmrSwitch=On", kMarks, "face-down marks 0"},
+    {"VXwmrSwitch=Under VXwmrPages=firstpage", kMarks, "face-down marks first-mark 0"},
+    {"VXwmrSwitch=off VXwmrPages=FirstPage", kMarks, "face-down 0"},
+    {"MirrorPrint", "", "face-down 0"},
+    {"MirrorPrint", kMirror, "face-down mirrored 0"},
+    {"MirrorPrint=false", kMirror, "face-down 0"},
+    {"noMirrorPrint", kMirror, "face-down 0"},
+    {"MFPrintOnBottom=true", "", "face-down bottom 0"},
+    {"MFPrintOnBottom=1", "", "face-down 0"},
+};
+
 } // namespace
 
-TEST(SettingsStore, WhoMadeTheJob)
+TEST(SettingsStore, KnowsTheJobFromItsOptionsAndThePrinter)
 {
-    for (const ACase& example : {
-             ACase{"", "", "face-down 0"},
-             ACase{"", "", "face-down 0", "Text/Plain ; charset=utf-8"},
-             ACase{"", "", "native face-down 0", "application/postscript"},
-             ACase{"", "", "native face-down 0", "application/pdfx"},
-             ACase{"", "", "native face-down 0", kNative},
-         })
+    for (const ACase& test : kCases)
     {
-        Check(example);
+        const AScopedEnvironment type("CONTENT_TYPE", test.fContentType);
+        const AScopedEnvironment chain("FINAL_CONTENT_TYPE", nullptr);
+        const AStore store(test.fOptions, MakePPD(test.fPPD), test.fCopies);
+        EXPECT_EQ(Replace(Describe(store.fSettings), "can-duplex ", ""), test.fExpected)
+            << test.fOptions << " | " << test.fPPD;
     }
-}
-
-TEST(SettingsStore, PageOrder)
-{
-    for (const ACase& example : {
-             ACase{"OutputOrder=reverse", "", "reverse requested face-down 0"},
-             ACase{"outputorder=Reverse", kOrderOption, "requested face-down in-order 0"},
-             ACase{"OutputOrder=Reverse", "", "native requested face-down in-order 0", kNative},
-             ACase{"OutputOrder=Normal", "*DefaultOutputOrder: Reverse\n", "face-down 0"},
-             ACase{"", "*DefaultOutputOrder: Reverse\n", "reverse requested face-down 0"},
-             ACase{"OutputOrder=Normal BinStackOrder=Reverse", "", "in-order 0"},
-             ACase{"BinStackOrder=Reverse", "", "reverse 0"},
-             ACase{"BinStackOrder=Reverse", kOrderOption, "reverse 0"},
-             ACase{"BinStackOrder=Reverse", "", "native in-order 0", kNative},
-         })
-    {
-        Check(example);
-    }
+    EXPECT_FALSE(AStore("sides=two-sided-long-edge", MakeSimplexPPD("")).fSettings.fIsDuplex);
     const AScopedEnvironment type("CONTENT_TYPE", nullptr);
     const AScopedEnvironment chain("FINAL_CONTENT_TYPE", "application/vnd.cups-postscript");
     EXPECT_TRUE(AStore("OutputOrder=Reverse", MakePPD("")).fSettings.fShouldReversePages);
     EXPECT_FALSE(AStore("OutputOrder=Reverse", MakePPD(kOrderOption)).fSettings.fShouldReversePages);
 }
 
-TEST(SettingsStore, SidesAndBins)
-{
-    for (const ACase& example : {
-             ACase{"sides=TWO-sided-long-edge", "", "duplex face-down 0"},
-             ACase{"sides=one-sided", "", "face-down 0"},
-             ACase{"sides=two", "", "face-down 0"},
-             ACase{"sides=two-x", kFaceUp, "duplex in-order duplex-face-up 0"},
-             ACase{"", kFaceUp, "in-order 0"},
-             ACase{"VXFaceOrientation=FaceDown", kFaceBoth, "in-order 0"},
-             ACase{"VXFaceOrientation=faceup", kFace, "in-order 0"},
-             ACase{"VXFaceOrientation=FaceUp", "", "face-down 0"},
-             ACase{"VXFaceOrientation=FaceUp BinStackOrder=x", "", "face-down 0"},
-             ACase{"VXFaceOrientation=FaceDown BinStackOrder=Reverse", kFace, "reverse face-down in-order 0"},
-             ACase{"VXStraightPaperPath=True", kStraight, "in-order 0"},
-             ACase{"VXStraightPaperPath=True", "", "face-down 0"},
-             ACase{"VXStraightPaperPath=True sides=two-x", kStraight, "duplex face-down 0"},
-             ACase{"VXStraightPaperPath=False BinStackOrder=Reverse", kStraight, "reverse face-down in-order 0"},
-             ACase{"VXStraightPaperPath=False BinStackOrder=Reverse", "", "reverse 0"},
-         })
-    {
-        Check(example);
-    }
-    const AStore simplex("sides=two-sided-long-edge", MakeSimplexPPD(""));
-    EXPECT_FALSE(simplex.fSettings.fDuplexSupported || simplex.fSettings.fIsDuplex);
-}
-
-TEST(SettingsStore, Finishing)
-{
-    const std::string skipped = "*VXStapler UpperLeft: \"x\"\n*VXFinishingRotation: \"UpperLeft=180\"\n"
-                                "*VXFinishingRotation VXStapler: \"UpperLeft=180=180\"\n"
-                                "*VXFinishingRotation VXStapler: \"180\"\n";
-    const std::string firstWins = skipped + "*VXFinishingRotation VXStapler: \"UpperLeft=90\"\n" + kStapler180;
-    const std::string unknown = "*VXFinishingRotation VXHidden: \"UpperLeft=180\"\n";
-    const std::string order = "*VXStapler UpperLeft: \"x\"\n*VXFinishingPageOrder VXStapler: \"UpperLeft=Normal\"\n"
-                              "*VXFinishingPageOrder VXStapler: \"LowerLeft=Reverse\"\n";
-    for (const ACase& example : {
-             ACase{"VXRotate180=true", "", "face-down rotated 0"},
-             ACase{"VXStapler=upperleft", kStapler180, "face-down rotated 0"},
-             ACase{"VXRotate180=True VXStapler=UpperLeft", kStapler180, "face-down 0"},
-             ACase{"VXStapler=None", kStapler180, "face-down 0"},
-             ACase{"VXStapler=UpperLeft", skipped.c_str(), "face-down 0"},
-             ACase{"VXStapler=UpperLeft", firstWins.c_str(), "face-down 0"},
-             ACase{"VXHidden=UpperLeft", unknown.c_str(), "face-down 0"},
-             ACase{"OutputOrder=Reverse VXStapler=UpperLeft", order.c_str(), "reverse face-down in-order 0"},
-             ACase{"OutputOrder=Reverse VXStapler=LowerLeft", order.c_str(), "reverse requested in-order 0"},
-         })
-    {
-        Check(example);
-    }
-}
-
-TEST(SettingsStore, CopiesAndFirstPage)
-{
-    for (const ACase& example : {
-             ACase{"collate=True", "", "face-down 0"},
-             ACase{"collate=true", "", "face-down collated 0", "application/pdf", "2"},
-             ACase{"collate", "", "face-down collated 0", "application/pdf", "99999999999999999999"},
-             ACase{"collate=True", "", "face-down 0", "application/pdf", "-2"},
-             ACase{"collate=True", "", "face-down 0", "application/pdf", "x"},
-             ACase{"collate=separate", "", "face-down 0", "application/pdf", "2"},
-             ACase{"collate=True", kCollate, "face-down collated 0", "application/pdf", "2"},
-             ACase{"collate=True", kCollateNeedsDisk, "face-down 0", "application/pdf", "2"},
-             ACase{"collate=True", "*Collate False: \"\"\n", "face-down 0", "application/pdf", "2"},
-             ACase{"AP_FIRSTPAGE_InputSlot=x", "", "face-down first-page 0"},
-             ACase{"AP_FIRSTPAGE_ManualFeed=False", "", "face-down first-page 0"},
-         })
-    {
-        Check(example);
-    }
-}
-
-TEST(SettingsStore, Orientation)
-{
-    for (const ACase& example : {
-             ACase{"orientation-requested=4", "", "face-down 1"},
-             ACase{"orientation-requested=4 " VX_ROWS "=1 " VX_COLUMNS "=2", "", "face-down 0"},
-             ACase{"orientation-requested=4 " VX_ROWS "=2 " VX_COLUMNS "=2", "", "face-down 1"},
-             ACase{"orientation-requested=5 " VX_ROWS "=3 " VX_COLUMNS "=2", "", "face-down 3"},
-             ACase{"orientation-requested=6 " VX_ROWS "=2 " VX_COLUMNS "=3", "", "face-down 2"},
-             ACase{"orientation-requested=9 " VX_ROWS "=2 " VX_COLUMNS "=1", "", "face-down 6"},
-             ACase{VX_ROWS "=2 " VX_COLUMNS "=1", "", "face-down 1"},
-             ACase{VX_ROWS "=2", "", "face-down 0"},
-             ACase{"PMPageOrientation=4", "", "face-down 0"},
-             ACase{"PMPageOrientation=4 orientation-requested=4", "", "native face-down 2", kNative},
-             ACase{"PMPageOrientation=3", "", "native face-down 1", kNative},
-             ACase{"orientation-requested=4", "", "native face-down 1", kNative},
-         })
-    {
-        Check(example);
-    }
-}
-
-TEST(SettingsStore, FeaturesThatThePrinterMustHave)
-{
-    constexpr const char* kMarks = "*VXwmrSwitch On: \"x\"\n";
-    constexpr const char* kMirror = "*MirrorPrint True: \"x\"\n";
-    for (const ACase& example : {
-             ACase{"VXwmrSwitch=On VXwmrPages=FirstPage", "", "face-down 0"},
-             ACase{"VXwmrSwitch=On", kMarks, "face-down marks 0"},
-             ACase{"VXwmrSwitch=Under VXwmrPages=firstpage", kMarks, "face-down marks first-mark 0"},
-             ACase{"VXwmrSwitch=off VXwmrPages=FirstPage", kMarks, "face-down 0"},
-             ACase{"VXwmrPages=FirstPage", kMarks, "face-down 0"},
-             ACase{"MirrorPrint", "", "face-down 0"},
-             ACase{"MirrorPrint", kMirror, "face-down mirrored 0"},
-             ACase{"MirrorPrint=false", kMirror, "face-down 0"},
-             ACase{"noMirrorPrint", kMirror, "face-down 0"},
-             ACase{"MFPrintOnBottom=true", "", "face-down bottom 0"},
-             ACase{"MFPrintOnBottom=1", "", "face-down 0"},
-         })
-    {
-        Check(example);
-    }
-}
-
 TEST(SettingsStore, TheQueuesDescriptionComesFirst)
 {
     const ATemporaryFolder root;
     root.Write("ppd/queue.ppd", MakePPD("*VXInQueue True: \"x\"\n"));
+    root.Write("ppd/broken.ppd", "no printer description");
     const AScopedEnvironment serverRoot("CUPS_SERVERROOT", root.GetPath().c_str());
-    for (const auto& [printer, keyword] : {std::pair("queue", "VXInQueue"), std::pair("none", "VXInFile"),
-                                           std::pair("../ppd/queue", "VXInFile"), std::pair("", "VXInFile")})
+    for (const auto& [printer, keyword] :
+         {std::pair("queue", "VXInQueue"), std::pair("none", "VXInFile"), std::pair("broken", "VXInFile"),
+          std::pair("../ppd/queue", "VXInFile"), std::pair("", "VXInFile")})
     {
         const AStore store("", MakePPD("*VXInFile True: \"x\"\n"), "1", printer);
         EXPECT_TRUE(store.fSettings.IsFeatureSupported(keyword)) << printer;
     }
-}
-
-TEST(SettingsStore, WithoutADescriptionEverythingKeepsItsDefault)
-{
-    const AScopedEnvironment type("CONTENT_TYPE", "application/pdf");
-    const AStore store("sides=two-sided-long-edge MirrorPrint VXwmrSwitch=On collate", "no description", "2");
-    EXPECT_EQ(store.fSettings.GetPPDInfo(), nullptr);
-    EXPECT_EQ(Describe(store.fSettings), "face-down collated 0");
-    EXPECT_FALSE(store.fSettings.GetCUPSOption("MirrorPrint", true));
 }

@@ -1,4 +1,3 @@
-#include "ForeignLocale.h"
 #include "Imaging/NumberText.h"
 #include "Imaging/OptionCoding.h"
 #include "Imaging/PostScriptText.h"
@@ -38,14 +37,12 @@ TEST(PostScriptText, ReadsPageComments)
         int fOrdinal;
     };
     const std::vector<ACase> pages = {
-        {"%%Page: 1 1\n", "1", 1},
         {"%%Page:iv\t4\r\n", "iv", 4},
         {"%%Page: \t (a b) \t 12", "(a b)", 12},
         {R"(%%Page: (a\)b(c) d) 7)", R"((a\)b(c) d))", 7},
         {"%%Page: () 3", "()", 3},
         {"%%Page: a(b 3", "a(b", 3},
-        {"  text %%Page: 1 2", "1", 2},
-        {"%%Page: 1 5abc", "1", 5},
+        {"  text %%Page: 1 5abc", "1", 5},
         {"%%Page: 1 5 (excessive)", "1", 5},
         {"%%Page: 0 0", "0", 0},
         {"%%Page: 1 2147483647", "1", INT_MAX},
@@ -59,29 +56,11 @@ TEST(PostScriptText, ReadsPageComments)
         ASSERT_TRUE(info) << page.fLine;
         EXPECT_EQ(page.fLabel, info->fLabel) << page.fLine;
         EXPECT_EQ(page.fOrdinal, info->fOrdinal) << page.fLine;
-        EXPECT_TRUE(info->fLabel.data() > page.fLine.data()) << "the label is a view of the line";
     }
-    const std::vector<std::string_view> noPages = {
-        "",
-        "%%Page:",
-        "%%Page: \n",
-        "%%Page: 1",
-        "%%Page: 1 \n",
-        "%%Page: ? ?",
-        "%%Pages: 4",
-        "%%Page: (atend)",
-        "%%Page: 1 -1",
-        "%%Page: 1 +1",
-        "%%Page: 1 2147483648",
-        "%%Page: (a 1 2",
-        R"(%%Page: (a\) 1)",
-        "%%Page: (a)1",
-        "%%Page: (a)b 1",
-        "%%Pa\0ge: 1 1"sv,
-        "%%Page:\0 1 1"sv,
-        "%%Page: (a\\",
-    };
-    for (const std::string_view line : noPages)
+    for (const std::string_view line :
+         {""sv, "%%Page:"sv, "%%Page: 1 \n"sv, "%%Page: ? ?"sv, "%%Pages: 4"sv, "%%Page: (atend)"sv, "%%Page: 1 -1"sv,
+          "%%Page: 1 +1"sv, "%%Page: 1 2147483648"sv, "%%Page: (a 1 2"sv, "%%Page: (a\\) 1"sv, "%%Page: (a)1"sv,
+          "%%Page: (a)b 1"sv, "%%Pa\0ge: 1 1"sv, "%%Page:\0 1 1"sv, "%%Page: (a\\"sv})
     {
         EXPECT_FALSE(PSF::GetPageInfoFromPSPageInvocation(line)) << line;
     }
@@ -102,25 +81,16 @@ TEST(TextEncoding, KnowsWellFormedUTF8)
     }
 }
 
-TEST(TextEncoding, ReadsAllOfATextAsLatin1WhenOneByteIsNotUTF8)
-{
-    EXPECT_EQ("\xC3\xA4", ReadAsUTF8("\xC3\xA4"));
-    EXPECT_EQ("\xC3\xA4", ReadAsUTF8("\xE4"));
-    EXPECT_EQ("\xC3\x83\xC2\xA4 \xC3\xBF", ReadAsUTF8("\xC3\xA4 \xFF"));
-}
-
 TEST(TextEncoding, ConvertsAsAWholeOrNotAtAll)
 {
-    EXPECT_EQ("M\xFCller\xFF", ConvertText("M\xC3\xBCller\xC3\xBF", TextEncoding::kISOLatin1, 256));
-    EXPECT_EQ("M\xC3\xBC", ConvertText("M\xC3\xBC", TextEncoding::kUTF8, 256));
+    EXPECT_EQ("\xC3\xA4", ReadAsUTF8("\xC3\xA4"));
+    EXPECT_EQ("\xC3\x83\xC2\xA4 \xC3\xBF", ReadAsUTF8("\xC3\xA4 \xFF"));
     EXPECT_EQ("", ConvertText("a\xC4\x80", TextEncoding::kISOLatin1, 256)); // U+0100
-    EXPECT_EQ("", ConvertText("ok\xFF", TextEncoding::kISOLatin1, 256));
     EXPECT_EQ("", ConvertText("ok\xFF", TextEncoding::kUTF8, 256));
     EXPECT_EQ("abc", ConvertText("abc", TextEncoding::kUTF8, 4));
     EXPECT_EQ("", ConvertText("abc", TextEncoding::kUTF8, 3));
     EXPECT_EQ("\xE4\xE4", ConvertText("\xC3\xA4\xC3\xA4", TextEncoding::kISOLatin1, 3));
     EXPECT_EQ("", ConvertText("", TextEncoding::kUTF8, 0));
-    EXPECT_EQ("", ConvertText("a", TextEncoding::kISOLatin1, 0));
 }
 
 TEST(StringValidator, CorrectsOnlyWhatIsWrong)
@@ -138,42 +108,26 @@ TEST(StringValidator, CorrectsOnlyWhatIsWrong)
 
 TEST(OptionCoding, DecodesPercentCodesOnly)
 {
-    const std::vector<std::pair<std::string_view, std::string_view>> cases = {
-        {"", ""},
-        {"plain+text", "plain+text"},
-        {"a%20b", "a b"},
-        {"%c3%A4", "\xC3\xA4"},
-        {"100%", "100%"},
-        {"%4", "%4"},
-        {"%zz%41", "%zzA"},
-        {"%%41", "%A"},
-        {"%-1%+1% 1%0x", "%-1%+1% 1%0x"},
-        {"%2541", "%41"},
-        {"a%00b", "a"},
-        {"a\0b"sv, "a"},
-        {"%ff", "\xFF"},
-    };
-    for (const auto& [coded, text] : cases)
-    {
-        EXPECT_EQ(text, CreateDecodedCString(coded)) << coded;
-    }
+    EXPECT_EQ("plain+text a b", CreateDecodedCString("plain+text a%20b"));
+    EXPECT_EQ("\xC3\xA4 %41 %zzA", CreateDecodedCString("%c3%A4 %2541 %zz%41"));
+    EXPECT_EQ("%-1%+1% 1%0x %A %4", CreateDecodedCString("%-1%+1% 1%0x %%41 %4"));
+    EXPECT_EQ("100%", CreateDecodedCString("100%"));
+    EXPECT_EQ("a", CreateDecodedCString("a%00b"));
+    EXPECT_EQ("a", CreateDecodedCString("a\0b"sv));
 }
 
 TEST(NumberText, ReadsWhatATextBeginsWith)
 {
-    const std::vector<std::pair<std::string_view, long long>> integers = {
-        {"", 0},
-        {"12", 12},
-        {" \t-7x", -7},
-        {"+5", 5},
-        {"+-5", 0},
-        {"0x10", 0},
-        {"1.9", 1},
-        {"x1", 0},
-        {"-", 0},
-        {"99999999999999999999", LLONG_MAX},
-        {"-99999999999999999999", LLONG_MIN},
-    };
+    const std::vector<std::pair<std::string_view, long long>> integers = {{"", 0},
+                                                                          {" \t-7x", -7},
+                                                                          {"+5", 5},
+                                                                          {"+-5", 0},
+                                                                          {"0x10", 0},
+                                                                          {"1.9", 1},
+                                                                          {"-", 0},
+                                                                          {"x1", 0},
+                                                                          {"99999999999999999999", LLONG_MAX},
+                                                                          {"-99999999999999999999", LLONG_MIN}};
     for (const auto& [text, value] : integers)
     {
         EXPECT_EQ(value, ReadLeadingInteger(text)) << text;
@@ -188,26 +142,13 @@ TEST(NumberText, ReadsWhatATextBeginsWith)
     }
 }
 
-TEST(NumberText, HasAPointInEveryLanguage)
-{
-    const AForeignLocale german;
-    if (!german.IsSet())
-    {
-        GTEST_SKIP() << "no German locale";
-    }
-    EXPECT_EQ(2.5, ReadLeadingNumber("2.5"));
-}
-
 TEST(TextComparison, FoldsLettersOnly)
 {
     EXPECT_TRUE(EqualWithoutCase("TrUe", "tRuE"));
     EXPECT_FALSE(EqualWithoutCase("True", "Tru"));
-    EXPECT_FALSE(EqualWithoutCase("[", "{"));
-    EXPECT_FALSE(EqualWithoutCase("\xC3\x84", "\xC3\xA4"));
-    EXPECT_TRUE(StartsWithWithoutCase("Two-Sided", "two-"));
+    EXPECT_FALSE(EqualWithoutCase("[\xC3\x84", "{\xC3\xA4"));
     EXPECT_FALSE(StartsWithWithoutCase("two", "two-"));
     EXPECT_TRUE(ContainsWithoutCase("(VELDRA 5)", "Veldra"));
-    EXPECT_TRUE(ContainsWithoutCase("", ""));
     EXPECT_FALSE(ContainsWithoutCase("Veldr", "Veldra"));
 }
 
