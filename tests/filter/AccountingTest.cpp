@@ -10,11 +10,7 @@ constexpr const char* kTime = "2023-11-14T22:13:20Z"; // of the time that test r
 
 AFilterRun AccountingRun(std::string inOptions, const std::string& inStatements)
 {
-    AFilterRun run;
-    run.fOptions = std::move(inOptions);
-    run.fPPD = MakePPD(inStatements);
-    run.fJob = MakeJob(1);
-    return run;
+    return {.fOptions = std::move(inOptions), .fJob = MakeJob(1), .fPPD = MakePPD(inStatements)};
 }
 
 std::string MakePlugIn(const std::string& inKeyword, const std::string& inProcedure, const std::string& inValue)

@@ -9,11 +9,8 @@ constexpr const char* kBooklet = "*VXBookletFilter: \"True\"\n";
 
 AFilterRun BookletRun(int inPages, const std::string& inOptions, std::string_view inSetup = "")
 {
-    AFilterRun run;
-    run.fOptions = "VXBookletFilter=True " + inOptions;
-    run.fPPD = MakePPD(kBooklet);
-    run.fJob = MakeJob(inPages, inSetup);
-    return run;
+    return {
+        .fOptions = "VXBookletFilter=True " + inOptions, .fJob = MakeJob(inPages, inSetup), .fPPD = MakePPD(kBooklet)};
 }
 
 std::string PageText(const std::string& inNumber)

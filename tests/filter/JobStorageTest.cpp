@@ -23,12 +23,10 @@ std::string MakeHold(int inKind, const std::string& inPIN)
 
 AFilterRun StorageRun(std::string inOptions, const std::string& inSetup)
 {
-    AFilterRun run;
-    run.fOptions = std::move(inOptions);
-    run.fPPD = MakePPD("*VXJobRetentionPersonal_PIN True/On: \"/HoldType 1\"\n");
-    run.fEnvironment = {{"CONTENT_TYPE", ""}};
-    run.fJob = MakeJob(1, inSetup);
-    return run;
+    return {.fOptions = std::move(inOptions),
+            .fJob = MakeJob(1, inSetup),
+            .fPPD = MakePPD("*VXJobRetentionPersonal_PIN True/On: \"/HoldType 1\"\n"),
+            .fEnvironment = {{"CONTENT_TYPE", ""}}};
 }
 
 /// What stands in the setup of a native job after the filter; the PIN must never reach the log.
@@ -102,13 +100,12 @@ TEST(JobStorage, NamesReachEveryPrinterInAnEncodingItCanRead)
     // 130 characters fit in Latin 1 only, 300 not at all.
     const auto wide = [](int inCount)
     {
-        std::string name;
+        std::string options = std::string(kPrivate) + "VXCustomUserName=";
         for (int i = 0; i < inCount; ++i)
         {
-            name += "\xC3\xBC";
+            options += "\xC3\xBC";
         }
-        return FilterSetup(std::string(kPrivate) + "VXCustomUserName=" + name,
-                           MakeFeature("VXUserName FileSharingName"));
+        return FilterSetup(options, MakeFeature("VXUserName FileSharingName"));
     };
     EXPECT_EQ(Between(wide(130), "/UserName (", ")"), "");
     EXPECT_EQ(Between(wide(130), "}\n\t{\n\t\t<< /CollateDetails\n\t\t\t<< /Type 8\n\t\t\t\t/UserName (", ")"),
@@ -161,18 +158,12 @@ TEST(JobStorage, APersonalJobGetsThePrintersHoldForItsPIN)
     const std::string feature = "VXJobRetentionOption VXJobRetentionPersonal";
     const std::string code = "<< /Hold 1 %s\n << /Hold 1 %s %s >>\n% %s\n";
     const std::string options = "VXJobRetention=VXJobRetentionPersonal VXUsePINToPrint=";
-    const std::string filled = Replace(code, "<< /Hold 1 %s %s", "<< /Hold 1 /HoldType 1 %s");
-    for (const char* const value : {"true", "True", "TRUE"})
+    const std::string filled = "<< /Hold 1 /HoldType 1\n << /Hold 1 /HoldType 1 %s >>\n% %s\n";
+    for (const auto& [value, used] : {std::pair("true", filled), std::pair("True", filled), std::pair("TRUE", filled),
+                                      std::pair("false", code), std::pair("no", code), std::pair("", code)})
     {
         EXPECT_EQ(FilterSetup(options + value, MakeFeature(feature, code)),
-                  kCollateTrue +
-                      (kEnd + MakeFeature(feature, Replace(filled, "/Hold 1 %s\n", "/Hold 1 /HoldType 1\n"))))
-            << value;
-    }
-    for (const char* const value : {"false", "no", ""})
-    {
-        EXPECT_EQ(FilterSetup(options + value, MakeFeature(feature, code)),
-                  kCollateTrue + (kEnd + MakeFeature(feature, code)))
+                  kCollateTrue + (kEnd + MakeFeature(feature, used)))
             << value;
     }
 }

@@ -9,11 +9,7 @@ constexpr const char* kMirror = "*VXDummy: \"\"\n*MirrorPrint True/On: \"\"\n";
 
 AFilterRun MirrorRun(std::string inJob)
 {
-    AFilterRun run;
-    run.fOptions = "MirrorPrint=True";
-    run.fPPD = MakePPD(kMirror);
-    run.fJob = std::move(inJob);
-    return run;
+    return {.fOptions = "MirrorPrint=True", .fJob = std::move(inJob), .fPPD = MakePPD(kMirror)};
 }
 
 constexpr const char* kCode =

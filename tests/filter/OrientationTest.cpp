@@ -17,11 +17,7 @@ constexpr const char* kGuides = " VXManualDuplexSupport=True VXManualDuplexSwitc
 
 AFilterRun OrientationRun(std::string inOptions, std::string inJob)
 {
-    AFilterRun run;
-    run.fOptions = std::move(inOptions);
-    run.fPPD = MakeSimplexPPD(kCodes);
-    run.fJob = std::move(inJob);
-    return run;
+    return {.fOptions = std::move(inOptions), .fJob = std::move(inJob), .fPPD = MakeSimplexPPD(kCodes)};
 }
 
 } // namespace
@@ -80,15 +76,17 @@ TEST(Orientation, GuidePagesBetweenLandscapePagesAreUpright)
 
 TEST(Orientation, WithoutUprightGuidesTheCodeStaysInTheSetup)
 {
-    const std::string upright = Replace(kGuides, "requested=4", "requested=3");
-    const std::string noGuide = Replace(kGuides, "PrintGuide=True", "PrintGuide=False");
-    for (const std::string& options : {upright, noGuide})
+    AFilterRun noGuide = OrientationRun(std::string("PMPageOrientation=2") + kGuides, MakeJob(2));
+    AFilterRun noLandscape = noGuide;
+    AFilterRun noCode = noGuide;
+    AFilterRun uprightSheets = noGuide;
+    noGuide.fOptions = Replace(noGuide.fOptions, "PrintGuide=True", "PrintGuide=False");
+    noLandscape.fOptions = Replace(noLandscape.fOptions, "requested=4", "requested=3");
+    noCode.fPPD = Replace(noCode.fPPD, "*VXInsertOrientation Portrait/P: \"upright\"\n", "");
+    uprightSheets.fOptions += " VXBookletFilter=True";
+    uprightSheets.fPPD += "*VXBookletFilter True/On: \"\"\n";
+    for (const AFilterRun& run : {noGuide, noLandscape, noCode, uprightSheets})
     {
-        const AFilterRun run = OrientationRun("PMPageOrientation=2" + options, MakeJob(2));
-        EXPECT_TRUE(RunFilter(run).fOutput.find("*VXInsertOrientation Landscape\nturned left\n") != std::string::npos)
-            << options;
+        EXPECT_EQ(CountOf(RunFilter(run).fOutput, "%%BeginFeature: *VXInsertOrientation"), 1) << run.fOptions;
     }
-    AFilterRun run = OrientationRun(std::string("PMPageOrientation=2") + kGuides, MakeJob(2));
-    run.fPPD = Replace(run.fPPD, "*VXInsertOrientation Portrait/P: \"upright\"\n", "");
-    EXPECT_TRUE(RunFilter(run).fOutput.find("*VXInsertOrientation Landscape\nturned left\n") != std::string::npos);
 }

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cstdlib>
 
 #include <gtest/gtest.h>
 
@@ -19,10 +18,7 @@ constexpr const char* kTrailer = "%%Trailer\n%%EOF\n";
 /// Output that lands face up comes last page first: the plainest way to have pages moved.
 AFilterRun ReverseRun(std::string inJob)
 {
-    AFilterRun run;
-    run.fPPD = MakeSimplexPPD(kFaceUp);
-    run.fJob = std::move(inJob);
-    return run;
+    return {.fOptions = "", .fJob = std::move(inJob), .fPPD = MakeSimplexPPD(kFaceUp)};
 }
 
 std::string Reverse(const std::string& inJob)
@@ -60,38 +56,33 @@ AFilterResult RunNative(const std::string& inJob, const std::string& inOptions, 
                         const std::string& inCopies = "1")
 {
     const AStandIns standIns;
-    AFilterRun run;
-    run.fJob = inJob;
-    run.fOptions = inOptions;
-    run.fPPD = inPPD;
-    run.fCopies = inCopies;
-    run.fEnvironment = {{"CONTENT_TYPE", "application/postscript"}, {"CUPS_SERVERBIN", standIns.GetPath()}};
-    return RunFilter(run);
+    return RunFilter(
+        {.fOptions = inOptions,
+         .fJob = inJob,
+         .fPPD = inPPD,
+         .fEnvironment = {{"CONTENT_TYPE", "application/postscript"}, {"CUPS_SERVERBIN", standIns.GetPath()}},
+         .fCopies = inCopies});
 }
 
 constexpr const char* kTwoSided = "sides=two-sided-long-edge";
 
 std::string ArrangeCopies(int inPages, const std::string& inOptions, const std::string& inPPD, const char* inCopies)
 {
-    AFilterRun run;
-    run.fJob = MakeJob(inPages);
-    run.fOptions = inOptions;
-    run.fPPD = inPPD;
-    run.fCopies = inCopies;
-    return ShowPages(RunFilter(run).fOutput);
+    return ShowPages(
+        RunFilter({.fOptions = inOptions, .fJob = MakeJob(inPages), .fPPD = inPPD, .fCopies = inCopies}).fOutput);
 }
 
 } // namespace
 
 TEST(Pages, MoveWholeAndAreNumberedAnew)
 {
-    EXPECT_EQ(ReverseTwo("", kTrailer), Turned("", std::string(kTrailer) + "\x04"));
     EXPECT_EQ(ShowPages(Reverse(MakeJob(40)).substr(0, 400)), "40 39 38 37");
 }
 
 TEST(Pages, EveryEndOfAJobIsAnEnd)
 {
     const std::string whole = std::string(kTrailer) + "\x04";
+    EXPECT_EQ(ReverseTwo("", kTrailer), Turned("", whole));
     EXPECT_EQ(ReverseTwo("", std::string(kTrailer) + "\x04"), Turned("", whole)) << "end-of-job byte";
     EXPECT_EQ(ReverseTwo("", "%%EOF\n"), Turned("", whole)) << "missing trailer";
     EXPECT_EQ(ReverseTwo("", ""), Turned("", "\x04")) << "missing end";
@@ -167,11 +158,8 @@ TEST(Pages, AJobWithoutPagesComesOutWhole)
 
 TEST(Pages, WhatStaysInOrderStaysAsItIs)
 {
-    AFilterRun run;
-    run.fPPD = MakePPD("");
-    run.fOptions = kTwoSided;
-    run.fJob = MakeJob(4, "%%BeginFeature: *Duplex DuplexNoTumble\ncode\n%%EndFeature\n");
-    EXPECT_EQ(RunFilter(run).fOutput, run.fJob + "\x04");
+    const std::string job = MakeJob(4, "%%BeginFeature: *Duplex DuplexNoTumble\ncode\n%%EndFeature\n");
+    EXPECT_EQ(RunFilter({.fOptions = kTwoSided, .fJob = job}).fOutput, job + "\x04");
 }
 
 TEST(Pages, BlankSidesCompleteSheets)
@@ -182,11 +170,7 @@ TEST(Pages, BlankSidesCompleteSheets)
     EXPECT_EQ(ArrangeCopies(1, kByHand, MakeSimplexPPD(""), "1"), "1");
     EXPECT_EQ(ArrangeCopies(4, std::string(kByHand) + "VXManualDuplexPrintGuide=True", MakeSimplexPPD(""), "1"),
               "G 4 2 1 3 G");
-    AFilterRun run;
-    run.fJob = MakeJob(1);
-    run.fOptions = kTwoSided;
-    run.fPPD = faceUp;
-    EXPECT_EQ(ShowPages(RunFilter(run).fOutput), "1 B");
+    EXPECT_EQ(ArrangeCopies(1, kTwoSided, faceUp, "1"), "1 B");
 }
 
 TEST(Pages, EachCollatedCopyHasSheetsOfItsOwn)
@@ -204,29 +188,29 @@ TEST(Pages, BookletPagesComeInPairsOfOneSheetSide)
 {
     const auto showSides = [](int inPages, const std::string& inOptions, const char* inCopies)
     {
-        AFilterRun run;
-        run.fJob = MakeJob(inPages);
-        run.fOptions = "VXBookletFilter=True " + inOptions;
-        run.fPPD = MakePPD(kBooklet);
-        run.fCopies = inCopies;
+        const std::string output = RunFilter({.fOptions = "VXBookletFilter=True " + inOptions,
+                                              .fJob = MakeJob(inPages),
+                                              .fPPD = MakePPD(kBooklet),
+                                              .fCopies = inCopies})
+                                       .fOutput;
         // Both pages of a side bear its number.
-        std::string output = RunFilter(run).fOutput;
         std::string sides;
-        std::size_t at = 0;
-        while ((at = output.find("%%Page: ", at)) != std::string::npos)
+        for (std::size_t at = 0; (at = output.find("%%Page: ", at)) != std::string::npos; ++at)
         {
             const std::string page = output.substr(at, output.find("%%Page: ", at + 1) - at);
             sides.append(sides.empty() ? "" : " ").append(Between(page, "(page ", ")").value_or("B"));
-            ++at;
         }
         return sides;
     };
     EXPECT_EQ(showSides(8, "", "1"), "8 1 2 7 6 3 4 5");
     EXPECT_EQ(showSides(8, "VXBookletPageOrder=Asian", "1"), "1 8 7 2 3 6 5 4");
     EXPECT_EQ(showSides(6, "VXBookletBackCover=True", "1"), "6 1 2 B B 3 4 5");
+    EXPECT_EQ(showSides(8, "collate=true", "2"), "4 1 2 3 8 5 6 7");
     EXPECT_EQ(showSides(9, "collate=true", "3"), "B 1 2 3 B 4 5 6 B 7 8 9");
     EXPECT_EQ(showSides(2, "collate=true", "2"), "B 1 B B B 2 B B");
     EXPECT_EQ(showSides(5, "number-up=2", "1"), "1 2 3 4 5");
+    EXPECT_EQ(showSides(4, kByHand, "1"), "2 3 4 1");
+    EXPECT_EQ(showSides(1, kByHand, "1"), "B 1") << "no whole sheet";
 }
 
 TEST(NativePages, FeaturesComeBackOnceInFrontOfTheEndOfTheSetup)
@@ -297,6 +281,8 @@ TEST(NativePages, ADocumentThatStatesItsCopiesHoldsOne)
     EXPECT_EQ(ShowPages(RunNative(job, options, MakeSimplexPPD(""), "2").fOutput), "6 4 2 1 3 5");
     const std::string two = MakeJob(6);
     EXPECT_EQ(ShowPages(RunNative(two, options, MakeSimplexPPD(""), "2").fOutput), "B 5 B 2 1 3 4 6");
+    const std::string one = Replace(Replace(job, "NumCopies 2", "NumCopies 1"), "2 setcopies", "1 setcopies");
+    EXPECT_EQ(ShowPages(RunNative(one, kByHand, MakeSimplexPPD(""), "2").fOutput), "B 5 B 2 1 3 4 6");
 }
 
 TEST(PagesStorage, AFullDiskIsToldBeforeAnythingIsPrinted)
@@ -322,25 +308,4 @@ TEST(PagesStorage, WhatCannotBeStoredIsReadWhereItIs)
     EXPECT_EQ(ShowPages(RunFilter(run).fOutput), "3 2 1");
     run.fEnvironment["TMPDIR"] = "/nonexistent";
     EXPECT_EQ(ShowPages(RunFilter(run).fOutput), "3 2 1");
-}
-
-TEST(PagesStorage, AJobThatCannotBeReadIsNotDone)
-{
-    const ATemporaryFolder folder;
-    const std::string ppd = folder.Write("printer.ppd", MakeSimplexPPD(kFaceUp));
-    const std::string log = folder.GetPath("log");
-    const std::string command =
-        "PPD=" + ppd + " CONTENT_TYPE=application/pdf " + VX_FILTER_PATH + " 1 user title 1 '' </ >/dev/null 2>" + log;
-    EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), 1) << "a folder is no job";
-    EXPECT_EQ(std::system(("grep -q ^ERROR: " + log).c_str()), 0);
-}
-
-TEST(Pages, WithoutWholeCopiesEachPageHasItsOwnNumber)
-{
-    AFilterRun run = ReverseRun(MakeJob(5));
-    run.fOptions = "collate=true";
-    run.fCopies = "2";
-    EXPECT_TRUE(RunFilter(run).IsLogged("Current page number is 5\n"));
-    run.fJob = MakeJob(6);
-    EXPECT_FALSE(RunFilter(run).IsLogged("Current page number is 4\n"));
 }

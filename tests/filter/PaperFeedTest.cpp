@@ -16,11 +16,7 @@ constexpr const char* kFromBoth = "AP_FIRSTPAGE_InputSlot=Letterhead InputSlot=P
 
 AFilterRun FeedRun(const std::string& inOptions, int inPages)
 {
-    AFilterRun run;
-    run.fOptions = kFromBoth + inOptions;
-    run.fPPD = MakePPD(kSlots);
-    run.fJob = MakeJob(inPages);
-    return run;
+    return {.fOptions = kFromBoth + inOptions, .fJob = MakeJob(inPages), .fPPD = MakePPD(kSlots)};
 }
 
 /// What each page of a job is fed from: F first-page source, R remaining-pages source, - nothing stated.
