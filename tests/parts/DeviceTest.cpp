@@ -7,6 +7,7 @@
 #include "Monitors/DeviceStatusMonitor/ConstructionFailedException.h"
 #include "Monitors/DeviceStatusMonitor/DeviceStatusMonitor.h"
 
+#include <atomic>
 #include <csignal>
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -134,6 +135,22 @@ TEST_F(DeviceTest, DelegateMayStopTheMonitor)
     fMonitor->StopMonitoring();
     EXPECT_EQ(fDelegate.GetTypes().size(), 1U);
     EXPECT_EQ(GetReport(), "") << "the request ends the thread before its next tick";
+}
+
+TEST_F(DeviceTest, WhatIsBeingAskedAtTheStopIsToldToNobody)
+{
+    fMonitor->StartMonitoring();
+    EXPECT_TRUE(WaitForLine(kReady));
+    std::atomic<bool> isAsked = false;
+    fPrinter.Misbehave(
+        [&](int inSocket, const std::stop_token& inEnd)
+        {
+            isAsked = true;
+            AIPPPrinter::Hang(inSocket, inEnd);
+        });
+    EXPECT_TRUE(WaitUntil([&] { return isAsked.load(); }));
+    fMonitor->StopMonitoring();
+    EXPECT_EQ(fDelegate.GetTypes().size(), 1U);
 }
 
 TEST_F(DeviceTest, AbsenceIsUnknownAndPasses)
