@@ -85,7 +85,7 @@ private:
     AOwnership fOwnership;
 
     std::unique_ptr<char[]> fReadBuffer; ///< not cleared first: a short job touches little of it
-    std::size_t fBegin = 0; ///< of the unconsumed bytes in the read buffer
+    std::size_t fBegin = 0;              ///< of the unconsumed bytes in the read buffer
     std::size_t fEnd = 0;
     std::size_t fReadSize; ///< bytes that the next read asks for
     bool fIsEOF = false;
