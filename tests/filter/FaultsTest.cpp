@@ -326,6 +326,21 @@ TEST(Faults, AMillionEndOfJobMarks)
     EXPECT_EQ(run.fFilter->Wait(std::chrono::seconds(20)), 0);
 }
 
+TEST(Faults, NothingButPageComments)
+{
+    for (const char* options : {"", kEveryLine, kStored})
+    {
+        for (const char* job : {"%%Page: 1 1", "%%Page: 1 1\r%%Page: 2 2\r", "%%Page:\n%%Page: (\n%%Page: 0 0\n",
+                                "%%Trailer\n%%Page: 1 1\n%%EOF\n", "%%Page: 1 -1\n\x04%%Page: 1 99999999999\n"})
+        {
+            const AFilterResult result =
+                RunFilter({.fOptions = options, .fJob = job, .fPPD = MakePPD("*MirrorPrint True: \"\"\n")});
+            EXPECT_EQ(result.fStatus, 0) << options << job;
+            EXPECT_THAT(result.fOutput, HasSubstr("\x04"));
+        }
+    }
+}
+
 TEST(Faults, BinaryDataThatLooksLikeComments)
 {
     const std::string binary = std::string("\x80\xff\0%%Page: 9 9\n", 14) + "x%%Trailer\n(%%EOF) show\n" +
