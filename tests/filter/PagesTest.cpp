@@ -262,6 +262,9 @@ TEST(NativePages, RepeatedPagesGoWhereTheirPageGoes)
     EXPECT_EQ(RunNative(kHead + Page(1) + more + Page(3) + kTrailer, "", MakeSimplexPPD(kFaceUp)).fOutput,
               kHead + Page(1, 3) + Page(2, 1) + more + kTrailer + "\x04")
         << "marked by its application";
+    EXPECT_EQ(RunNative(kHead + Page(0) + Page(5) + kTrailer, "", MakeSimplexPPD(kFaceUp)).fOutput,
+              kHead + Page(1, 5) + Page(2, 0) + kTrailer + "\x04")
+        << "a first page repeats nothing";
 }
 
 TEST(NativePages, SubsetFontsGetTheirSubstitutionComment)
