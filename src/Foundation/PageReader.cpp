@@ -49,7 +49,7 @@ AJobLine APageReader::Follow(AJobLine inLine, bool& ioIsEOF)
     }
     if (!ioIsEOF)
     {
-        const bool endsFile = EndsFile(inLine) && IsAnythingDue();
+        const bool endsFile = IsAnythingDue() && EndsFile(inLine);
         const bool isBoundary = IsSectionComment(inLine) ||
                                 (endsFile && inLine.fText.find_first_not_of(kEndMarks) == std::string_view::npos);
         if (!isBoundary)
