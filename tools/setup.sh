@@ -8,7 +8,7 @@ readonly kPackages=(
     libcups2-dev zlib1g-dev libpango1.0-dev libharfbuzz-dev libfontconfig-dev libplist-dev nlohmann-json3-dev uuid-dev
     libgtest-dev libgmock-dev libbenchmark-dev
     cups cups-client cups-ppdc cups-filters ghostscript poppler-utils psutils qpdf
-    fonts-dejavu-core fonts-noto-core fonts-noto-cjk
+    fonts-dejavu-core fonts-noto-core fonts-noto-cjk python3-pytest
 )
 readonly kCheckPackages=(clang clang-format clang-tidy libclang-rt-14-dev valgrind lintian)
 
