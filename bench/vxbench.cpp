@@ -254,12 +254,13 @@ std::vector<AProgram> MakePrograms(const AJobFolder& inFolder)
 
 void PrintTable(const std::vector<AProgram>& inPrograms)
 {
-    std::printf("%-20s %9s %9s %9s %9s %10s\n", "", "seconds", "to cat", "to pstops", "to psbook", "peak MB");
+    std::printf("%-20s %9s %9s %9s %12s %9s %10s\n", "", "seconds", "to cat", "to pstops", "... reversed", "to psbook",
+                "peak MB");
     for (const AProgram& program : inPrograms)
     {
-        std::printf("%-20s %9.3f %9.2f %9.2f %9.2f %10.1f\n", program.fName.c_str(), Median(program.fSeconds),
-                    Ratio(program, inPrograms[0]), Ratio(program, inPrograms[1]), Ratio(program, inPrograms[3]),
-                    static_cast<double>(program.fPeakMemory) / 1024);
+        std::printf("%-20s %9.3f %9.2f %9.2f %12.2f %9.2f %10.1f\n", program.fName.c_str(), Median(program.fSeconds),
+                    Ratio(program, inPrograms[0]), Ratio(program, inPrograms[1]), Ratio(program, inPrograms[2]),
+                    Ratio(program, inPrograms[3]), static_cast<double>(program.fPeakMemory) / 1024);
     }
 }
 

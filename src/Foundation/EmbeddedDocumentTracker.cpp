@@ -29,6 +29,7 @@ void AEmbeddedDocumentTracker::AnalyzePostScriptLine(const AJobLine& inLine)
     {
         fEndSeen = true;
     }
+    fDocumentSeen = fDocumentSeen || fDepth != 0 || fEndSeen;
 }
 
 bool AEmbeddedDocumentTracker::IsInsideEmbeddedDocument()

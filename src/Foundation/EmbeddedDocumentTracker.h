@@ -21,6 +21,9 @@ public:
     /// Open documents, the pending close not yet applied.
     [[nodiscard]] unsigned GetEmbeddedDocumentDepth() const { return fDepth; }
 
+    /// True when a line opened or closed a document, even one that was not open.
+    [[nodiscard]] bool HasSeenDocument() const { return fDocumentSeen; }
+
     /// When the line opens an embedded document: writes the line, up to its first NUL, and copies the whole document
     /// from the input to the output. Returns whether it did. A document that never ends is the rest of the job.
     bool SkipEmbeddedDocument(const AJobLine& inLine, ACupsFile& ioInput, ACupsFile& outOutput);
@@ -34,4 +37,5 @@ private:
     unsigned fDepth = 0;
     bool fOutermostIsEPS = false;
     bool fEndSeen = false;
+    bool fDocumentSeen = false;
 };

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "Foundation/BlockReader.h"
-#include "Foundation/PageList.h"
 #include "Imaging/Logger.h"
 #include "Imaging/NumberText.h"
 #include "Imaging/PostScriptText.h"
@@ -83,7 +82,7 @@ void AJobSpooler::SpoolLine(const AJobLine& inLine)
     else if (line.OpensWith("%%Trailer"))
     {
         fTrailerWasSeen = true;
-        fStore.Write(text);
+        SpoolTrailer(text);
     }
     else if (line.OpensWith("%%Page:"))
     {
@@ -91,13 +90,22 @@ void AJobSpooler::SpoolLine(const AJobLine& inLine)
     }
     else if (line.OpensWith("%%EOF") && !fTrailerWasSeen)
     {
-        fStore.Write("%%Trailer\n");
+        SpoolTrailer("%%Trailer\n");
         fStore.Write(text);
     }
     else
     {
         SpoolNativeLine(line);
     }
+}
+
+void AJobSpooler::SpoolTrailer(std::string_view inText)
+{
+    if (fLocations)
+    {
+        fLocations->fTrailer = fStore.GetPosition();
+    }
+    fStore.Write(inText);
 }
 
 void AJobSpooler::SpoolNativeLine(const AJobLine& inLine)
@@ -132,6 +140,10 @@ void AJobSpooler::SpoolPage(const AJobLine& inLine)
     {
         SpoolRepeatedPage(inLine.fText);
         return;
+    }
+    if (fLocations)
+    {
+        fLocations->fPages.push_back(fStore.GetPosition());
     }
     ++fNumberOfPages;
     LoggerLogMessage(kLogTrace, isNative ? "Increased page number to %d (pictw)\n" : "Increased page number to %d\n",

@@ -2,9 +2,11 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "Foundation/EmbeddedDocumentTracker.h"
 #include "Foundation/FilterObject.h"
+#include "Foundation/PageList.h"
 
 /// The first pass over a job whose pages must be located: stores it, counts its pages and collects the feature blocks
 /// that cleaning the job would lose.
@@ -19,6 +21,10 @@ public:
     AJobSpooler(ACupsFile& ioInput, ACupsFile& outStore, bool inWillBeCleaned)
         : fInput(ioInput), fStore(outStore), fWillBeCleaned(inWillBeCleaned)
     {
+        if (!GetSettingsStore().fIsNativePostScript)
+        {
+            fLocations.emplace();
+        }
     }
 
     /// The pass. Clears or sets the collation flag of the settings store where the job states its copies.
@@ -26,12 +32,20 @@ public:
 
     [[nodiscard]] unsigned GetNumberOfPages() const { return fNumberOfPages; }
 
+    /// Where the pages of the stored job are; none when that is only known once it is read: applications' own jobs
+    /// repeat pages, and embedded documents hide some.
+    [[nodiscard]] std::optional<APageLocations> TakeLocations()
+    {
+        return fEmbedded.HasSeenDocument() ? std::nullopt : std::exchange(fLocations, {});
+    }
+
     /// The collected blocks, each PPD feature wrapped so that a device that rejects it goes on; empty without any.
     [[nodiscard]] std::string TakeFeaturesText() { return std::move(fFeaturesText); }
 
 private:
     void SpoolLine(const AJobLine& inLine);
     void SpoolNativeLine(const AJobLine& inLine);
+    void SpoolTrailer(std::string_view inText);
     void SpoolPage(const AJobLine& inLine);
     void SpoolRepeatedPage(std::string_view inText);
     void SpoolFeature(const AJobLine& inLine);
@@ -45,6 +59,7 @@ private:
     ACupsFile& fStore;
     bool fWillBeCleaned;
     AEmbeddedDocumentTracker fEmbedded;
+    std::optional<APageLocations> fLocations;
     bool fTrailerWasSeen = false;
     unsigned fNumberOfPages = 0;
     int fSubsetFontIndex = 0;

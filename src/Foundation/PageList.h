@@ -14,6 +14,13 @@ inline constexpr std::int64_t kGuidePage = -2; ///< instead of an offset: the gu
 /// where that one goes.
 inline constexpr std::string_view kRepeatedPageMark = "(excessive)";
 
+/// Where the comments of a stored job are that part its pages.
+struct APageLocations
+{
+    APageOffsets fPages;
+    std::int64_t fTrailer = 0; ///< 0: none
+};
+
 /// The pages of a job in output order, and how many there are of what.
 struct APageList
 {

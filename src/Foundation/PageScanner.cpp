@@ -45,6 +45,22 @@ void APageScanner::Scan(std::string inFeaturesText)
             ScanLine(line);
         }
     }
+    Arrange();
+}
+
+void APageScanner::Take(APageLocations inLocations)
+{
+    // One list shrinks while the other grows: both together take a page's 8 bytes once.
+    for (APageOffsets& pages = inLocations.fPages; !pages.empty(); pages.pop_front())
+    {
+        AddPage(pages.front());
+    }
+    fPages.fTrailerOffset = inLocations.fTrailer;
+    Arrange();
+}
+
+void APageScanner::Arrange()
+{
     if (GetSettingsStore().fShouldReversePages)
     {
         std::reverse(fPages.fOffsets.begin(), fPages.fOffsets.end());
@@ -84,14 +100,18 @@ std::int64_t APageScanner::GetOffsetOf(const AJobLine& inLine) const
                                  : fStore.GetPosition() - static_cast<std::int64_t>(inLine.fText.size());
 }
 
-/// A list that is wanted in reverse is collected in order and turned round at the end: what would have gone to its
-/// front goes to its back.
 void APageScanner::ScanPage(const AJobLine& inLine, std::int64_t inOffset)
 {
-    if (IsRepeatedPage(inLine))
+    if (!IsRepeatedPage(inLine))
     {
-        return;
+        AddPage(inOffset);
     }
+}
+
+/// A list that is wanted in reverse is collected in order and turned round at the end: what would have gone to its
+/// front goes to its back.
+void APageScanner::AddPage(std::int64_t inOffset)
+{
     const ASettingsStore& settings = GetSettingsStore();
     const bool closesFirst = settings.fBookletBackCover != settings.fShouldReversePages;
     if (closesFirst)

@@ -18,6 +18,9 @@ public:
     {
     }
 
+    /// Fills the list with pages whose places are known, without reading the job.
+    void Take(APageLocations inLocations);
+
     /// Fills the list. inFeaturesText goes in front of the end of the setup or, without one, of the first page.
     void Scan(std::string inFeaturesText);
 
@@ -26,8 +29,10 @@ private:
     void ScanPage(const AJobLine& inLine, std::int64_t inOffset);
     [[nodiscard]] bool IsRepeatedPage(const AJobLine& inLine);
     [[nodiscard]] bool IsCopyBoundary() const;
+    void AddPage(std::int64_t inOffset);
     void AddBlankPages();
     void CloseCopy();
+    void Arrange();
     void CompleteLastSheet();
     [[nodiscard]] std::int64_t GetOffsetOf(const AJobLine& inLine) const;
 

@@ -1,6 +1,7 @@
 #include "Foundation/PagesManager.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "Foundation/DocumentNormalizer.h"
 #include "Foundation/JobSpooler.h"
@@ -79,6 +80,7 @@ void APagesManager::StoreInputInFile(ACupsFile& ioInput)
         spooler.Spool();
         fPages.fOriginalNumberOfPages = spooler.GetNumberOfPages();
         fFeaturesText = spooler.TakeFeaturesText();
+        fLocations = spooler.TakeLocations();
         fTempFile.Rewind();
         fStorageError = fTempFile.GetWriteError();
     }
@@ -134,8 +136,14 @@ void APagesManager::ScanPages()
         return;
     }
     APageScanner scanner(fTempFile, rewrites ? &rewritten : nullptr, fPages);
-    scanner.Scan(std::move(fFeaturesText));
-    fFeaturesText.clear();
+    if (fLocations)
+    {
+        scanner.Take(*std::exchange(fLocations, {}));
+    }
+    else
+    {
+        scanner.Scan(std::exchange(fFeaturesText, {}));
+    }
     if (rewrites && !TakeOver(rewritten))
     {
         return;

@@ -79,8 +79,9 @@ private:
     bool fScanPagesNeeded = false;
     bool fNormalizeNeeded = false;
     bool fReorderNeeded = false;
-    ACupsFile fTempFile;       ///< the stored job; the input itself when it could not be stored
-    std::string fFeaturesText; ///< feature blocks of the job that cleaning it loses
+    ACupsFile fTempFile;                      ///< the stored job; the input itself when it could not be stored
+    std::optional<APageLocations> fLocations; ///< in the stored job, where they were seen while it was stored
+    std::string fFeaturesText;                ///< feature blocks of the job that cleaning it loses
     unsigned fCurrentPageNumber = 0;
     int fStorageError = 0;
 };
