@@ -7,7 +7,10 @@
 #include "Imaging/PreviewAgentSocket.h"
 #include "Monitors/DeviceStatusMonitor/DeviceStatusAccessor.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
+
+using testing::Each;
+using testing::ResultOf;
 
 namespace
 {
@@ -41,26 +44,25 @@ TEST(DeviceStatusTest, OnlyTypesOfTheScaleCount)
 TEST(DeviceStatusTest, MostSeriousOfAlertsAndStateIsReported)
 {
     const ATemporaryFolder folder;
-    folder.Write("DeviceAlertSeverityInfos.plist", R"(<plist version="1.0"><dict>
+    for (const char* name : {"DeviceAlertSeverityInfos.plist", "DeviceStateInfos.plist"})
+    {
+        folder.Write(name, R"(<plist version="1.0"><dict>
+        <key>3</key><dict><key>statusType</key><string>Normal</string><key>statusMessage</key><string>3</string></dict>
+        <key>-4</key><dict><key>statusType</key><string>Warning</string><key>statusMessage</key><string>4</string></dict>
+        <key>5</key><dict><key>statusType</key><string>CancelingJob</string></dict>
         <key>low</key><dict><key>statusType</key><string>Warning</string><key>statusMessage</key><string>L</string></dict>
-        <key>same</key><dict><key>statusType</key><string>Warning</string><key>statusMessage</key><string>S</string></dict>
         <key>high</key><dict><key>statusType</key><string>FatalError</string></dict>
         <key>odd</key><dict><key>statusType</key><string>Terrible</string><key>statusMessage</key><string>O</string></dict>
         <key>text</key><string>Warning</string></dict></plist>)");
-    folder.Write("DeviceStateInfos.plist", R"(<plist version="1.0"><dict>
-        <key>3</key><dict><key>statusType</key><string>Normal</string><key>statusMessage</key><string>3</string></dict>
-        <key>-4</key><dict><key>statusType</key><string>Warning</string><key>statusMessage</key><string>4</string></dict>
-        <key>5</key><dict><key>statusType</key><string>CancelingJob</string></dict></dict></plist>)");
+    }
     const AScopedEnvironment resources("VX_RESOURCES", folder.GetPath().c_str());
-    const ADeviceStatusInfo unknown;
-
     EXPECT_EQ(GetStatus(3, {}), ADeviceStatusInfo("Normal", "3"));
     EXPECT_EQ(GetStatus(3, {"low", "high"}), ADeviceStatusInfo("FatalError", std::nullopt));
-    EXPECT_EQ(GetStatus(3, {"same", "low"}), ADeviceStatusInfo("Warning", "S")) << "the first of equals";
+    EXPECT_EQ(GetStatus(3, {"-4", "low"}), ADeviceStatusInfo("Warning", "4")) << "the first of equals";
     EXPECT_EQ(GetStatus(-4, {"low"}), ADeviceStatusInfo("Warning", "L")) << "an alert before the state";
     EXPECT_EQ(GetStatus(5, {"high"}), ADeviceStatusInfo("CancelingJob", std::nullopt));
-    EXPECT_EQ(GetStatus(77, {"odd", "text", "absent"}), unknown);
-    EXPECT_EQ(GetStatus(std::nullopt, {}), unknown);
+    EXPECT_EQ(GetStatus(77, {"odd", "text", "absent"}), ADeviceStatusInfo());
+    EXPECT_EQ(GetStatus(std::nullopt, {}), ADeviceStatusInfo());
     EXPECT_EQ(GetStatus(std::nullopt, {"low"}), ADeviceStatusInfo("Warning", "L"));
 }
 
@@ -78,15 +80,11 @@ TEST(DeviceStatusTest, WithoutTablesOrDeviceNothingIsKnown)
 
 TEST(DeviceStatusTest, ReasonsOfThePrinterAreAlertsOfTheirSeverity)
 {
-    const std::map<std::string, std::string> cases = {{"media-jam", "warning"},
-                                                      {"shutdown-report", "fatal"},
-                                                      {"deactivated", "fatal"},
-                                                      {"shutdowns-report", "report"},
-                                                      {"processing-to-stop-point-error", "error"}};
-    for (const auto& [reason, severity] : cases)
-    {
-        EXPECT_EQ(GetAlertSeverity(reason), severity) << reason;
-    }
+    EXPECT_EQ(GetAlertSeverity("media-jam"), "warning");
+    EXPECT_EQ(GetAlertSeverity("shutdown-report"), "fatal");
+    EXPECT_EQ(GetAlertSeverity("deactivated"), "fatal");
+    EXPECT_EQ(GetAlertSeverity("shutdowns-report"), "report");
+    EXPECT_EQ(GetAlertSeverity("processing-to-stop-point-error"), "error");
 }
 
 TEST(DeviceStatusTest, DeviceURIsLeadToAnIPPService)
@@ -106,10 +104,8 @@ TEST(DeviceStatusTest, DeviceURIsLeadToAnIPPService)
                       (found.fIsSecure ? " secure" : ""),
                   expected);
     }
-    for (const char* uri : {"usb://Maker/Model", "ipp://", "printer", ""})
-    {
-        EXPECT_FALSE(FindIPPAddress(uri)) << uri;
-    }
+    EXPECT_THAT((std::vector{"usb://Maker/Model", "ipp://", "printer", ""}),
+                Each(ResultOf(FindIPPAddress, testing::Not(testing::Optional(testing::_)))));
 }
 
 TEST(LocalizationTest, LanguageFollowsTheEnvironment)
@@ -135,24 +131,24 @@ TEST(LocalizationTest, LanguageFollowsTheEnvironment)
 
 TEST(LocalizationTest, EveryTableKnowsEveryMessage)
 {
-    const auto english = ReadTextDictionary(std::string(kResources) + "/Localizable/en.plist");
-    ASSERT_TRUE(english);
-    for (const char* language : {"de", "fr", "ja"})
+    const std::string folder = std::string(kResources) + "/";
+    const auto english = ReadTextDictionary(folder + "Localizable/en.plist").value_or(ATextDictionary());
+    for (const std::string language : {"de", "fr", "ja"})
     {
-        const auto table = ReadTextDictionary(std::string(kResources) + "/Localizable/" + language + ".plist");
-        ASSERT_TRUE(table) << language;
-        for (const auto& [key, text] : *english)
+        const auto table =
+            ReadTextDictionary(folder + "Localizable/" + language + ".plist").value_or(ATextDictionary());
+        for (const auto& [key, text] : english)
         {
-            EXPECT_TRUE(table->contains(key)) << language << ": " << key;
+            EXPECT_TRUE(table.contains(key)) << language << ": " << key;
         }
     }
-    for (const char* name : {"DeviceAlertSeverityInfos", "DeviceStateInfos"})
+    for (const std::string name : {"DeviceAlertSeverityInfos", "DeviceStateInfos"})
     {
-        const auto infos = ReadTextDictionaries(std::string(kResources) + "/" + name + ".plist");
+        const auto infos = ReadTextDictionaries(folder + name + ".plist");
         ASSERT_TRUE(infos) << name;
         for (const auto& [key, entry] : *infos)
         {
-            EXPECT_TRUE(english->contains(entry.at("statusMessage"))) << name << ": " << key;
+            EXPECT_TRUE(english.contains(entry.at("statusMessage"))) << name << ": " << key;
         }
     }
 }
@@ -161,11 +157,8 @@ TEST(PreviewAgentSocketTest, EachUserHasAFolderOfItsOwn)
 {
     const AScopedEnvironment unset("VX_PREVIEW_AGENT_SOCKET", nullptr);
     EXPECT_EQ(GetPreviewAgentSocketPath("alice"), "/run/vxpostprocessing/alice/com.vx.postprocessing.agent");
-    for (const std::string& user :
-         {std::string(), std::string("."), std::string(".."), std::string("a/b"), std::string(100, 'x')})
-    {
-        EXPECT_EQ(GetPreviewAgentSocketPath(user), "") << user;
-    }
+    const std::vector<std::string> users = {"", ".", "..", "a/b", std::string(100, 'x')};
+    EXPECT_THAT(users, Each(ResultOf(GetPreviewAgentSocketPath, "")));
     const std::string longest = "/" + std::string(106, 'x');
     const AScopedEnvironment set("VX_PREVIEW_AGENT_SOCKET", longest.c_str());
     EXPECT_EQ(GetPreviewAgentSocketPath("../alice"), longest);

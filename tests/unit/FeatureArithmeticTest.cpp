@@ -3,7 +3,7 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <limits>
 #include <random>
 #include <vector>
@@ -75,6 +75,7 @@ TEST(FeedEdge, PrefersTheLongEdgeForPaperThatIsShortEnough)
 
 TEST(CustomSize, TakesTheOptionApart)
 {
+    using namespace testing;
     const auto size = ACustomSize::Read("Custom.1000.12345x2000.5");
     ASSERT_TRUE(size);
     EXPECT_EQ(size->fWidth, 1000.12345);
@@ -82,11 +83,9 @@ TEST(CustomSize, TakesTheOptionApart)
     EXPECT_EQ(size->fMediaSize, "1000.12345 2000.5");
     EXPECT_EQ(size->fIntegerSize, "1000 2000");
     EXPECT_EQ(size->fPageSizeCall, "1000.123 2000.5 1 0 0");
-    for (const char* media : {"", "A4", "Custom", "Custom.", "Custom.612", "Custom.x792", "Custom.612x", "x,Custom.6",
-                              "CustomWx7", "Custom.612.00x792.00", "Custom.612.00x792.00,Tray2"})
-    {
-        EXPECT_FALSE(ACustomSize::Read(media)) << media;
-    }
+    EXPECT_THAT((std::vector{"", "A4", "Custom", "Custom.", "Custom.612", "Custom.x792", "Custom.612x", "x,Custom.6",
+                             "CustomWx7", "Custom.612.00x792.00", "Custom.612.00x792.00,Tray2"}),
+                Each(ResultOf(ACustomSize::Read, Not(Optional(testing::_)))));
 }
 
 TEST(TBCP, EveryTagGoesAndWhatFollowsANulStays)

@@ -6,9 +6,6 @@
 #include <unistd.h>
 #include <vector>
 
-namespace
-{
-
 TEST(HostFacts, TheTimeCanBeFixed)
 {
     const AScopedEnvironment zone("TZ", "Asia/Tokyo");
@@ -55,11 +52,9 @@ TEST(HostFacts, SystemVersionIsPackedByDigits)
     EXPECT_EQ(getVersion("10.3.9"), 0x1039U);
     EXPECT_EQ(getVersion("9.2.1"), 0x0921U);
     EXPECT_EQ(getVersion(nullptr), 0x1050U);
-    for (const char* const other :
-         {"", "10", "10.", "10.10", "10.3.", "10.3.11", "x.3", ".3.9", "10.3x9", "123.4", "10.a", "1f.3", "10.3 "})
-    {
-        EXPECT_EQ(getVersion(other), 0x1050U) << other;
-    }
+    EXPECT_THAT((std::vector{"", "10", "10.", "10.10", "10.3.", "10.3.11", "x.3", ".3.9", "10.3x9", "123.4", "10.a",
+                             "1f.3", "10.3 "}),
+                testing::Each(testing::ResultOf(getVersion, 0x1050U)));
 }
 
 TEST(HostFacts, GroupsAreThoseOfTheAccount)
@@ -70,5 +65,3 @@ TEST(HostFacts, GroupsAreThoseOfTheAccount)
     EXPECT_TRUE(GetGroupsForUser("no such user").empty());
     EXPECT_TRUE(GetGroupsForUser("").empty());
 }
-
-} // namespace

@@ -6,9 +6,6 @@
 #include <limits>
 #include <vector>
 
-namespace
-{
-
 TEST(PrintfTemplate, FormatsAsPrintfDoes)
 {
     EXPECT_EQ(FormatTemplate("", {}), "");
@@ -75,5 +72,3 @@ TEST(PrintfTemplate, HasAPointInEveryLanguage)
     snprintf(after.data(), after.size(), "%.1f", 1.5);
     EXPECT_STREQ("1,5", after.data()) << "the process keeps its own locale";
 }
-
-} // namespace

@@ -77,7 +77,6 @@ std::string Describe(const std::string& inOptions, const std::string& inPPD, con
         {settings.fWatermarksOn, "marks "},
         {settings.fWatermarkFirstPageOnly, "first-mark "},
         {settings.fMirrorPrint, "mirrored "},
-        {settings.fPrintOnBottom, "bottom "},
         {settings.fRedefineShowpage || settings.fJobStorageActive || settings.fBooklet, "too-early "},
     };
     std::string text;
@@ -122,7 +121,6 @@ TEST(SettingsStore, KnowsTheJobFromItsOptionsAndThePrinter)
         {"VXStraightPaperPath=False BinStackOrder=Reverse", kStraight, "reverse face-down in-order 0"},
         {"VXStraightPaperPath=False BinStackOrder=Reverse", "", "reverse 0"},
         // finishing
-        {"VXRotate180=true", "", "face-down rotated 0"},
         {"VXStapler=upperleft", kStapler180, "face-down rotated 0"},
         {"VXRotate180=True VXStapler=UpperLeft", kStapler180, "face-down 0"},
         {"VXStapler=None", kStapler180, "face-down 0"},
@@ -138,7 +136,6 @@ TEST(SettingsStore, KnowsTheJobFromItsOptionsAndThePrinter)
         {"collate=True", kCollate, "face-down collated 0", "application/pdf", "2"},
         {"collate=True", kCollateNeedsDisk, "face-down 0", "application/pdf", "2"},
         {"collate=True", "*Collate False: \"\"\n", "face-down 0", "application/pdf", "2"},
-        {"AP_FIRSTPAGE_InputSlot=x", "", "face-down first-page 0"},
         {"AP_FIRSTPAGE_ManualFeed=False", "", "face-down first-page 0"},
         // orientation
         {"orientation-requested=4 " VX_ROWS "=1 " VX_COLUMNS "=2", "", "face-down 0"},
@@ -158,8 +155,6 @@ TEST(SettingsStore, KnowsTheJobFromItsOptionsAndThePrinter)
         {"VXwmrSwitch=off VXwmrPages=FirstPage", kMarks, "face-down 0"},
         {"MirrorPrint", kMirror, "face-down mirrored 0"},
         {"MirrorPrint=false", kMirror, "face-down 0"},
-        {"MFPrintOnBottom=true", "", "face-down bottom 0"},
-        {"MFPrintOnBottom=1", "", "face-down 0"},
     };
     for (const ACase& test : cases)
     {

@@ -2,9 +2,9 @@
 
 #include <array>
 #include <gtest/gtest.h>
-#include <poll.h>
 #include <string>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <unistd.h>
 #include <vector>
 
@@ -12,7 +12,12 @@
 class AWriteRecorder
 {
 public:
-    AWriteRecorder() { EXPECT_EQ(0, socketpair(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0, fEnds.data())); }
+    AWriteRecorder()
+    {
+        const timeval limit = {10, 0};
+        EXPECT_EQ(0, socketpair(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0, fEnds.data()));
+        EXPECT_EQ(0, setsockopt(fEnds[1], SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit));
+    }
     ~AWriteRecorder()
     {
         close(fEnds[0]);
@@ -27,9 +32,9 @@ public:
     [[nodiscard]] std::vector<std::string> TakeWrites() const
     {
         std::vector<std::string> writes;
-        while (Wait(0))
+        for (std::string write; !(write = Take(MSG_DONTWAIT)).empty();)
         {
-            writes.push_back(Take());
+            writes.push_back(write);
         }
         return writes;
     }
@@ -38,23 +43,20 @@ public:
     void TakeUpTo(const std::string& inText) const
     {
         std::string taken;
-        while (!taken.ends_with(inText) && taken.size() < 100000 && Wait(10000))
+        for (std::string write = " "; !taken.ends_with(inText) && !write.empty() && taken.size() < 100000;
+             taken += write)
         {
-            taken += Take();
+            write = Take(0);
         }
         EXPECT_TRUE(taken.ends_with(inText)) << inText;
     }
 
 private:
-    [[nodiscard]] bool Wait(int inMilliseconds) const
-    {
-        pollfd end = {fEnds[1], POLLIN, 0};
-        return poll(&end, 1, inMilliseconds) > 0;
-    }
-    [[nodiscard]] std::string Take() const
+    [[nodiscard]] std::string Take(int inFlags) const
     {
         std::array<char, 65536> buffer{};
-        return {buffer.data(), static_cast<std::size_t>(read(fEnds[1], buffer.data(), buffer.size()))};
+        const ssize_t size = recv(fEnds[1], buffer.data(), buffer.size(), inFlags);
+        return {buffer.data(), static_cast<std::size_t>(size < 0 ? 0 : size)};
     }
 
     std::array<int, 2> fEnds{};
