@@ -26,8 +26,8 @@ constexpr unsigned kJobs = 1000;
 #endif
 
 constexpr const char* kReplacement = "replaced %%Page: VXName\n";
-constexpr std::size_t kPiece = 8191;  ///< as much of a line as is handled at a time
-constexpr std::size_t kRead = 131072; ///< bytes
+constexpr std::size_t kPiece = 8191;  ///< bytes of a line that are handled at a time
+constexpr std::size_t kRead = 131072; ///< bytes that a read brings at most
 
 /// The tasks, and what one does at its n-th call: the same in both iterations.
 struct AScript

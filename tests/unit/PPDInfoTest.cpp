@@ -6,7 +6,7 @@
 
 #include <climits>
 #include <gmock/gmock.h>
-#include <map>
+#include <vector>
 
 namespace
 {
@@ -78,6 +78,11 @@ two"
 *DefaultJCLRes: x
 *JCLRes x/X: "@PJL SET<0A>"
 *JCLCloseUI: *JCLRes
+*VXNum spec: "5"
+*VXNum: 12
+*VXNegative: "-7 points"
+*VXHuge: "99999999999"
+*VXSpecOnly a: "3"
 )"));
     EXPECT_EQ(info.GetValue("VXBare"), "some text");
     EXPECT_EQ(info.GetValue("vxhex"), "a<0A>b");
@@ -91,6 +96,12 @@ two"
     EXPECT_EQ(info.GetDefaultValue("VXFace"), "FaceUp");
     EXPECT_EQ(info.GetDefaultValue("DefaultVXFace"), "FaceUp");
     EXPECT_EQ(info.GetDefaultValue("JCLRes"), "x");
+    EXPECT_EQ(info.GetNumericValue("VXNum"), 12);
+    EXPECT_EQ(info.GetNumericValue("VXNegative"), -7);
+    EXPECT_EQ(info.GetNumericValue("VXBare"), 0);
+    EXPECT_EQ(info.GetNumericValue("VXEmpty"), -1);
+    EXPECT_EQ(info.GetNumericValue("VXHuge"), INT_MAX);
+    EXPECT_EQ(info.GetNumericValue("VXSpecOnly"), -1);
 }
 
 TEST(PPDInfo, InvocationCodesComeFromOptionsThenAttributes)
@@ -124,18 +135,6 @@ TEST(PPDInfo, ADuplexUnitHasMoreThanTheChoiceOfNone)
     EXPECT_FALSE(both.IsFeatureSupported(kDuplexFeature | kStraightPaperPathFeature)) << "one number, one feature";
 }
 
-TEST(PPDInfo, NumericValues)
-{
-    const APPDInfo info(Open("*VXNum spec: \"5\"\n*VXNum: 12\n*VXNegative: \"-7 points\"\n*VXText: \"none\"\n"
-                             "*VXEmpty: \"\"\n*VXHuge: \"99999999999\"\n*VXSpecOnly a: \"3\"\n"));
-    EXPECT_EQ(info.GetNumericValue("VXNum"), 12);
-    EXPECT_EQ(info.GetNumericValue("VXNegative"), -7);
-    EXPECT_EQ(info.GetNumericValue("VXText"), 0);
-    EXPECT_EQ(info.GetNumericValue("VXEmpty"), -1);
-    EXPECT_EQ(info.GetNumericValue("VXHuge"), INT_MAX);
-    EXPECT_EQ(info.GetNumericValue("VXSpecOnly"), -1);
-}
-
 TEST(PPDInfo, TheFamilyIsReadFromAnyOfTheNames)
 {
     EXPECT_FALSE(APPDInfo(Open("*VXName: \"Veldra\"\n")).IsVeldraPrinter());
@@ -145,7 +144,7 @@ TEST(PPDInfo, TheFamilyIsReadFromAnyOfTheNames)
 
 TEST(PPDInfo, PageSizesByName)
 {
-    const std::map<std::string, std::vector<const char*>> sizes = {
+    const std::vector<std::pair<std::string, std::vector<const char*>>> sizes = {
         // A4Big is near enough to A4 too.
         {"A4 595.0 842.0 10.0 11.0 585.0 830.0", {"A4", "a4", "A4,Tray2", "Tray2,,A4,Letter", "iso_a4_210x297mm"}},
         {"A4Big 598.0 844.0 0.0 0.0 598.0 844.0", {"oe_near_211.5x298.5mm"}},
