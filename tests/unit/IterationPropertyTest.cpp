@@ -217,10 +217,11 @@ std::string MakeRandomJob(std::mt19937& ioRandom)
     for (std::size_t pieces = ioRandom() % 200; pieces > 0; --pieces)
     {
         const std::size_t kind = ioRandom() % 720;
+        // The last two put what follows across the border of a piece, and across that of a read.
         job += kind < 420   ? std::string(kPieces[ioRandom() % kPieces.size()])
                : kind < 600 ? repeat(0, 60, "ax% *")
-               : kind < 660 ? repeat(kPiece - 12, 24, "a \t") // puts what follows across the border of a piece
-               : kind < 662 ? repeat(kRead - 20, 40, "a\n")   // across the border of a read
+               : kind < 660 ? repeat(kPiece * (1 + ioRandom() % 2) - 12, 24, "a \t")
+               : kind < 662 ? repeat(kRead - 20, 40, "a\n")
                             : "";
     }
     return job;

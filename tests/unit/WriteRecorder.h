@@ -43,7 +43,7 @@ public:
     void TakeUpTo(const std::string& inText) const
     {
         std::string taken;
-        for (std::string write = " "; !taken.ends_with(inText) && !write.empty() && taken.size() < 100000;
+        for (std::string write = " "; !taken.ends_with(inText) && !write.empty() && taken.size() < 20000;
              taken += write)
         {
             write = Take(0);
