@@ -1,4 +1,5 @@
 #include <array>
+#include <map>
 #include <vector>
 
 #include "FuzzSupport.h"
@@ -31,127 +32,69 @@ constexpr std::string_view kPPDHead = R"ppd(*PPD-Adobe: "4.3"
 *CloseUI: *Duplex
 )ppd";
 
-constexpr std::array kSwitches = {"CONTENT_TYPE", "FINAL_CONTENT_TYPE", "VX_SYSTEM_VERSION", "PRINTER"};
-
-/// Nothing of a run may reach out of it: no converter, no printer, no agent, no page of the real log.
-void IsolateOnce()
+/// The environment of a run. Nothing may reach out of it: no converter, no printer, no agent, no page of the real log.
+void SetEnvironment(const std::map<std::string, std::string>& inSettings, const std::string& inPPDPath)
 {
-    static const bool isIsolated = []
+    LoggerSetLogLevel(-1);
+    for (const char* name : {"CUPS_SERVERBIN", "CUPS_SERVERROOT", "VX_RESOURCES", "VX_PREVIEW_AGENT_SOCKET"})
     {
-        LoggerSetLogLevel(-1);
-        setenv("CUPS_SERVERBIN", "/nonexistent", 1);
-        setenv("CUPS_SERVERROOT", "/nonexistent", 1);
-        setenv("VX_RESOURCES", "/nonexistent", 1);
-        setenv("VX_PREVIEW_AGENT_SOCKET", "/nonexistent", 1);
-        setenv("SOURCE_DATE_EPOCH", "1700000000", 1);
-        unsetenv("DEVICE_URI");
-        return true;
-    }();
-    static_cast<void>(isIsolated);
+        setenv(name, "/nonexistent", 1);
+    }
+    setenv("SOURCE_DATE_EPOCH", "1700000000", 1);
+    setenv("PPD", inPPDPath.c_str(), 1);
+    unsetenv("DEVICE_URI");
+    for (const char* name : {"CONTENT_TYPE", "FINAL_CONTENT_TYPE", "VX_SYSTEM_VERSION", "PRINTER"})
+    {
+        const auto setting = inSettings.find(name);
+        setting != inSettings.end() ? setenv(name, setting->second.c_str(), 1) : unsetenv(name);
+    }
 }
 
-/// What the environment and the arguments hold for one run, from lines NAME=VALUE.
-class ASurroundings
+/// Runs the job with a file in memory as its standard output, and returns what that holds.
+std::string RunJob(std::vector<std::string> inTexts, AExitStatus& outStatus)
 {
-public:
-    explicit ASurroundings(std::string_view inLines, const std::string& inPPDPath)
-    {
-        setenv("PPD", inPPDPath.c_str(), 1);
-        while (!inLines.empty())
-        {
-            const std::string_view line = TakeUpTo(inLines, "\n");
-            Take(std::string(line.substr(0, line.find('='))), std::string(line.substr(line.find('=') + 1)));
-        }
-    }
-    ~ASurroundings()
-    {
-        for (const char* name : kSwitches)
-        {
-            unsetenv(name);
-        }
-    }
-    ASurroundings(const ASurroundings&) = delete;
-    ASurroundings& operator=(const ASurroundings&) = delete;
-
-    std::string fUser = "user";
-    std::string fTitle = "title";
-    std::string fCopies = "1";
-
-private:
-    void Take(const std::string& inName, const std::string& inValue)
-    {
-        for (const char* name : kSwitches)
-        {
-            if (inName == name)
-            {
-                setenv(name, inValue.c_str(), 1);
-            }
-        }
-        (inName == "user" ? fUser : inName == "title" ? fTitle : inName == "copies" ? fCopies : fIgnored) = inValue;
-    }
-
-    std::string fIgnored;
-};
-
-/// Standard output is a file in memory for as long as this lives.
-class AOutput
-{
-public:
-    AOutput() : fBefore(dup(STDOUT_FILENO)) { dup2(fFile.GetDescriptor(), STDOUT_FILENO); }
-    ~AOutput()
-    {
-        dup2(fBefore, STDOUT_FILENO);
-        close(fBefore);
-    }
-    AOutput(const AOutput&) = delete;
-    AOutput& operator=(const AOutput&) = delete;
-
-    [[nodiscard]] std::string Read() const
-    {
-        std::string text(static_cast<std::size_t>(lseek(fFile.GetDescriptor(), 0, SEEK_END)), '\0');
-        Require(pread(fFile.GetDescriptor(), text.data(), text.size(), 0) == static_cast<ssize_t>(text.size()),
-                "pread");
-        return text;
-    }
-
-private:
-    AMemoryFile fFile;
-    int fBefore;
-};
-
-AExitStatus RunJob(const ASurroundings& inSurroundings, std::string inOptions, const std::string& inJobPath)
-{
-    std::vector<std::string> texts = {
-        "vxpostprocessing", "1",      inSurroundings.fUser, inSurroundings.fTitle, inSurroundings.fCopies,
-        inOptions,          inJobPath};
     std::vector<char*> arguments;
-    for (std::string& text : texts)
+    for (std::string& text : inTexts)
     {
         arguments.push_back(text.data());
     }
     arguments.push_back(nullptr);
-    return AJobDriver(AJobDriver::kArgumentsForFile, arguments.data(), environ).Run();
+    const AMemoryFile file;
+    const int before = dup(STDOUT_FILENO);
+    dup2(file.GetDescriptor(), STDOUT_FILENO);
+    outStatus = AJobDriver(AJobDriver::kArgumentsForFile, arguments.data(), environ).Run();
+    dup2(before, STDOUT_FILENO);
+    close(before);
+    std::string output(static_cast<std::size_t>(lseek(file.GetDescriptor(), 0, SEEK_END)), '\0');
+    Require(pread(file.GetDescriptor(), output.data(), output.size(), 0) == static_cast<ssize_t>(output.size()),
+            "pread");
+    return output;
 }
 
 } // namespace
 
-/// Four parts with a line "====" between them: the options, the surroundings, statements of the printer description
-/// (all of it when they begin with its magic), and the job.
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* inData, std::size_t inSize)
+/// Four parts with a line "====" between them: the options, the surroundings (lines NAME=VALUE: the environment and the
+/// other arguments), statements of the printer description (all of it when they begin with its magic), and the job.
+void Fuzz(std::string_view inInput)
 {
-    IsolateOnce();
-    std::string_view job = AsText(inData, inSize);
+    std::string_view job = inInput;
     const std::string options(TakeUpTo(job, kSeparator));
-    const std::string_view surroundingLines = TakeUpTo(job, kSeparator);
-    const std::string_view statements = TakeUpTo(job, kSeparator);
+    std::string_view lines = TakeUpTo(job, kSeparator);
+    const std::string statements(TakeUpTo(job, kSeparator));
+    std::map<std::string, std::string> settings = {{"user", "user"}, {"title", "title"}, {"copies", "1"}};
+    while (!lines.empty())
+    {
+        const std::string line(TakeUpTo(lines, "\n"));
+        settings[line.substr(0, line.find('='))] = line.substr(line.find('=') + 1);
+    }
     const AMemoryFile jobFile(job);
-    const bool isWhole = statements.starts_with("*PPD-Adobe");
-    const AMemoryFile description(std::string(isWhole ? "" : kPPDHead) + std::string(statements) + "\n");
-    const ASurroundings surroundings(surroundingLines, description.GetPath());
-    const AOutput output;
-    const AExitStatus status = RunJob(surroundings, options, jobFile.GetPath());
-    const std::string text = output.Read();
-    Require(status == kJobDone || text.empty(), "a job that did not start has no output");
-    Require(status != kJobDone || text.find('\x04') != std::string::npos, "a job ends with its mark");
-    return 0;
+    const AMemoryFile description(statements.starts_with("*PPD-Adobe") ? statements + "\n"
+                                                                       : std::string(kPPDHead) + statements + "\n");
+    SetEnvironment(settings, description.GetPath());
+    AExitStatus status{};
+    const std::string output = RunJob(
+        {"vxpostprocessing", "1", settings["user"], settings["title"], settings["copies"], options, jobFile.GetPath()},
+        status);
+    Require(status == kJobDone || output.empty(), "a job that did not start has no output");
+    Require(status != kJobDone || output.find('\x04') != std::string::npos, "a job ends with its mark");
 }

@@ -10,12 +10,14 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-/// The one entry of a fuzz target. Returns 0.
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* inData, std::size_t inSize);
+/// What a target does with one input.
+void Fuzz(std::string_view inInput);
 
-inline std::string_view AsText(const std::uint8_t* inData, std::size_t inSize)
+/// The entry that the fuzzing engine calls.
+extern "C" [[gnu::used]] inline int LLVMFuzzerTestOneInput(const std::uint8_t* inData, std::size_t inSize)
 {
-    return {reinterpret_cast<const char*>(inData), inSize};
+    Fuzz({reinterpret_cast<const char*>(inData), inSize});
+    return 0;
 }
 
 /// Ends the process, with a word on what does not hold: to the engine, and to the replay, this input breaks the

@@ -21,24 +21,16 @@ void CheckLogicalNumber(unsigned inOrdinal, unsigned inPagesPerCopy)
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* inData, std::size_t inSize)
+void Fuzz(std::string_view inInput)
 {
-    const std::string_view line = AsText(inData, inSize);
-    if (const auto copies = GetStatedCopies(line))
+    Require(!GetStatedCopies(inInput) || inInput.find(':') != std::string_view::npos, "copies stand behind a colon");
+    if (const auto page = PSF::GetPageInfoFromPSPageInvocation(inInput))
     {
-        Require(line.find(':') != std::string_view::npos, "copies stand behind a colon");
+        Require(inInput.find("%%Page:") < inInput.find('\0'), "the comment stands before a NUL");
+        Require(!page->fLabel.empty() && page->fOrdinal >= 0, "a page has a label and an ordinal");
+        const std::string again = "%%Page: " + std::string(page->fLabel) + " " + std::to_string(page->fOrdinal);
+        const auto same = PSF::GetPageInfoFromPSPageInvocation(again);
+        Require(same && same->fLabel == page->fLabel && same->fOrdinal == page->fOrdinal, "a page reads back");
+        CheckLogicalNumber(static_cast<unsigned>(page->fOrdinal), static_cast<unsigned>(inInput.size() % 97) + 1);
     }
-    const auto page = PSF::GetPageInfoFromPSPageInvocation(line);
-    if (!page)
-    {
-        return 0;
-    }
-    const std::size_t comment = line.find("%%Page:");
-    Require(comment < line.find('\0'), "the comment stands before a NUL");
-    Require(!page->fLabel.empty() && page->fOrdinal >= 0, "a page has a label and an ordinal");
-    const std::string again = "%%Page: " + std::string(page->fLabel) + " " + std::to_string(page->fOrdinal);
-    const auto same = PSF::GetPageInfoFromPSPageInvocation(again);
-    Require(same && same->fLabel == page->fLabel && same->fOrdinal == page->fOrdinal, "a page reads back");
-    CheckLogicalNumber(static_cast<unsigned>(page->fOrdinal), static_cast<unsigned>(inSize % 97) + 1);
-    return 0;
 }

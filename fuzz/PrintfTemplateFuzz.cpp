@@ -26,9 +26,9 @@ ATemplateArgument MakeArgument(std::string_view inText)
 } // namespace
 
 /// The first line is the template, each further one an argument: "i5", "f0.5", or a text.
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* inData, std::size_t inSize)
+void Fuzz(std::string_view inInput)
 {
-    std::string_view rest = AsText(inData, inSize);
+    std::string_view rest = inInput;
     const std::string_view text = TakeUpTo(rest, "\n");
     std::vector<ATemplateArgument> arguments;
     while (!rest.empty() && arguments.size() < 8)
@@ -36,10 +36,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* inData, std::size_t in
         arguments.push_back(MakeArgument(TakeUpTo(rest, "\n")));
     }
     const std::string result = FormatTemplate(text, arguments);
-    const std::size_t longest = std::max(kLongestNumber, inSize);
+    const std::size_t longest = std::max(kLongestNumber, inInput.size());
     Require(result.size() <= text.size() + arguments.size() * longest, "no result without a limit");
     Require(text.find('%') != std::string_view::npos || result == text, "a plain template stays as it is");
-    const std::string unfilled = FormatTemplate(text, {});
-    Require(unfilled.size() <= text.size(), "without arguments nothing is added");
-    return 0;
+    Require(FormatTemplate(text, {}).size() <= text.size(), "without arguments nothing is added");
 }

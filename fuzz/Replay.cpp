@@ -20,8 +20,7 @@ int main(int argc, char** argv)
     {
         std::fprintf(stderr, "%s\n", path.c_str());
         std::ifstream file(path, std::ios::binary);
-        const std::vector<char> bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-        LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+        Fuzz(std::string(std::istreambuf_iterator<char>(file), {}));
     }
     return paths.empty() ? 1 : 0;
 }

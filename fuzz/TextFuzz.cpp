@@ -11,15 +11,6 @@ bool HasControl(std::string_view inText)
     return std::string(inText).find_first_of(std::string("\0\x01\n\r\x1b\x1f\x7f", 7)) != std::string::npos;
 }
 
-void CheckDecoding(std::string_view inText)
-{
-    const std::string decoded = CreateDecodedCString(inText);
-    Require(decoded.size() <= inText.size(), "decoding never grows a text");
-    Require(decoded.find('\0') == std::string::npos, "decoding stops at a NUL");
-    const bool isPlain = inText.find_first_of(std::string_view("%\0", 2)) == std::string_view::npos;
-    Require(!isPlain || decoded == inText, "a plain text decodes to itself");
-}
-
 /// The text of a PostScript string must not end it: every parenthesis is escaped, and the last backslash escapes.
 void CheckPostScriptString(std::string_view inText)
 {
@@ -34,28 +25,25 @@ void CheckPostScriptString(std::string_view inText)
     Require(!HasControl(PSF::CreateStandardFeatureName(inText, inText)), "a feature name stays on its line");
 }
 
-void CheckEncodings(std::string_view inText)
+} // namespace
+
+void Fuzz(std::string_view inInput)
 {
-    const std::string utf8 = ReadAsUTF8(inText);
+    const std::string decoded = CreateDecodedCString(inInput);
+    Require(decoded.size() <= inInput.size(), "decoding never grows a text");
+    Require(decoded.find('\0') == std::string::npos, "decoding stops at a NUL");
+    const bool isPlain = inInput.find_first_of(std::string_view("%\0", 2)) == std::string_view::npos;
+    Require(!isPlain || decoded == inInput, "a plain text decodes to itself");
+    CheckPostScriptString(inInput);
+    const std::string utf8 = ReadAsUTF8(inInput);
     Require(IsValidUTF8(utf8), "what was read is UTF-8");
-    Require(!IsValidUTF8(inText) || utf8 == inText, "UTF-8 stays as it is");
-    const std::size_t size = inText.size() / 2 + 1;
+    Require(!IsValidUTF8(inInput) || utf8 == inInput, "UTF-8 stays as it is");
+    const std::size_t size = inInput.size() / 2 + 1;
     Require(ConvertText(utf8, TextEncoding::kISOLatin1, size).size() < size, "a conversion fits its buffer");
     Require(ConvertText(utf8, TextEncoding::kUTF8, utf8.size() + 1) == utf8, "UTF-8 converts to itself");
-    if (const auto corrected = AStringValidator::CreateCorrectedValue(inText))
+    if (const auto corrected = AStringValidator::CreateCorrectedValue(inInput))
     {
         Require(IsValidUTF8(*corrected) && !HasControl(*corrected), "a corrected value is in order");
         Require(!AStringValidator::CreateCorrectedValue(*corrected), "there is nothing to correct twice");
     }
-}
-
-} // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* inData, std::size_t inSize)
-{
-    const std::string_view text = AsText(inData, inSize);
-    CheckDecoding(text);
-    CheckPostScriptString(text);
-    CheckEncodings(text);
-    return 0;
 }

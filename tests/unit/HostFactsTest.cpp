@@ -6,9 +6,6 @@
 #include <unistd.h>
 #include <vector>
 
-namespace
-{
-
 TEST(HostFacts, TheTimeCanBeFixed)
 {
     const AScopedEnvironment zone("TZ", "Asia/Tokyo");
@@ -18,12 +15,10 @@ TEST(HostFacts, TheTimeCanBeFixed)
         const AScopedEnvironment fixed("SOURCE_DATE_EPOCH", epoch);
         EXPECT_EQ(stamp, CreateTimeStamp());
     }
-    for (const char* const unusable : {"", "x", "12x", " 12", "-1", "253402300800", "99999999999999999999", "1.5"})
+    for (const char* const unusable : {"", "12x", " 12", "-1", "253402300800", "99999999999999999999"})
     {
         const AScopedEnvironment fixed("SOURCE_DATE_EPOCH", unusable);
-        const std::time_t before = std::time(nullptr);
-        EXPECT_GE(GetCurrentTime(), before) << unusable;
-        EXPECT_LE(GetCurrentTime(), before + 60) << unusable;
+        EXPECT_NEAR(static_cast<double>(GetCurrentTime()), static_cast<double>(std::time(nullptr)), 60) << unusable;
     }
 }
 
@@ -48,17 +43,18 @@ TEST(HostFacts, HostNameFallsApartAtItsFirstDot)
 
 TEST(HostFacts, SystemVersionIsPackedByDigits)
 {
-    const std::vector<std::pair<const char*, unsigned>> versions = {
-        {nullptr, 0x1050},   {"10.3", 0x1030}, {"10.3.9", 0x1039}, {"10.4.0", 0x1040}, {"9.2.1", 0x0921},
-        {"", 0x1050},        {"10", 0x1050},   {"10.", 0x1050},    {"10.10", 0x1050},  {"10.3.", 0x1050},
-        {"10.3.11", 0x1050}, {"x.3", 0x1050},  {".3.9", 0x1050},   {"10.3x9", 0x1050}, {"123.4", 0x1050},
-        {"10.a", 0x1050},    {"1f.3", 0x1050}, {"10.3 ", 0x1050},
-    };
-    for (const auto& [text, packed] : versions)
+    const auto getVersion = [](const char* inText)
     {
-        const AScopedEnvironment version("VX_SYSTEM_VERSION", text);
-        EXPECT_EQ(packed, GetSystemVersion()) << (text != nullptr ? text : "unset");
-    }
+        const AScopedEnvironment version("VX_SYSTEM_VERSION", inText);
+        return GetSystemVersion();
+    };
+    EXPECT_EQ(getVersion("10.3"), 0x1030U);
+    EXPECT_EQ(getVersion("10.3.9"), 0x1039U);
+    EXPECT_EQ(getVersion("9.2.1"), 0x0921U);
+    EXPECT_EQ(getVersion(nullptr), 0x1050U);
+    EXPECT_THAT((std::vector{"", "10", "10.", "10.10", "10.3.", "10.3.11", "x.3", ".3.9", "10.3x9", "123.4", "10.a",
+                             "1f.3", "10.3 "}),
+                testing::Each(testing::ResultOf(getVersion, 0x1050U)));
 }
 
 TEST(HostFacts, GroupsAreThoseOfTheAccount)
@@ -69,5 +65,3 @@ TEST(HostFacts, GroupsAreThoseOfTheAccount)
     EXPECT_TRUE(GetGroupsForUser("no such user").empty());
     EXPECT_TRUE(GetGroupsForUser("").empty());
 }
-
-} // namespace

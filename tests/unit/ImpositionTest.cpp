@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <numeric>
 
 #include <gtest/gtest.h>
 
@@ -12,11 +13,8 @@ namespace
 /// Pages that stand at their number.
 APageOffsets MakePages(int inCount)
 {
-    APageOffsets pages;
-    for (int page = 1; page <= inCount; ++page)
-    {
-        pages.push_back(page);
-    }
+    APageOffsets pages(static_cast<std::size_t>(inCount));
+    std::iota(pages.begin(), pages.end(), 1);
     return pages;
 }
 
@@ -26,10 +24,9 @@ std::string Show(const APageOffsets& inPages)
     std::string text;
     for (const std::int64_t page : inPages)
     {
-        const std::string name = page == kBlankPage ? "B" : (page == kGuidePage ? "G" : std::to_string(page));
-        text += (text.empty() ? "" : " ") + name;
+        text += page == kBlankPage ? "B " : page == kGuidePage ? "G " : std::to_string(page) + " ";
     }
-    return text;
+    return text.substr(0, text.size() - (text.empty() ? 0 : 1));
 }
 
 /// Where each page of a folded booklet is met: sheets lie in one another, each with its left and right halves.
@@ -49,28 +46,17 @@ APageOffsets ReadFolded(const APageOffsets& inSides)
 
 TEST(Imposition, LaysABookletOutAsTheExamplesDo)
 {
-    const struct
-    {
-        int fCount;
-        ABookletPlan fPlan;
-        const char* fSides;
-    } cases[] = {
-        {8, {.fPagesPerCopy = 8, .fIsRightToLeft = true}, "1 8 7 2 3 6 5 4"},
-        {6, {.fPagesPerCopy = 6, .fBackCover = true}, "6 1 2 B B 3 4 5"},
-        {5, {.fPagesPerCopy = 5}, "B 1 2 B B 3 4 5"},
-        {5, {.fPagesPerCopy = 5, .fBackCover = true, .fIsRightToLeft = true}, "1 5 B 2 3 B B 4"},
-        {2, {.fPagesPerCopy = 2}, "B 1 2 B"},
-        {2, {.fPagesPerCopy = 2, .fBackCover = true}, "2 1"},
-        {1, {}, "B 1"},
-        {1, {.fBackCover = true}, "1 B"},
-        {0, {.fPagesPerCopy = 0}, ""},
-        {24, {.fCopies = 3, .fPagesPerCopy = 8}, "8 1 2 7 6 3 4 5 16 9 10 15 14 11 12 13 24 17 18 23 22 19 20 21"},
-        {24, {.fCopies = 2, .fPagesPerCopy = 12}, "12 1 2 11 10 3 4 9 8 5 6 7 24 13 14 23 22 15 16 21 20 17 18 19"},
-    };
-    for (const auto& test : cases)
-    {
-        EXPECT_EQ(Show(ImposeBooklet(MakePages(test.fCount), test.fPlan)), test.fSides);
-    }
+    const auto impose = [](int inCount, const ABookletPlan& inPlan)
+    { return Show(ImposeBooklet(MakePages(inCount), inPlan)); };
+    EXPECT_EQ(impose(5, {.fPagesPerCopy = 5, .fBackCover = true, .fIsRightToLeft = true}), "1 5 B 2 3 B B 4");
+    EXPECT_EQ(impose(2, {.fPagesPerCopy = 2}), "B 1 2 B");
+    EXPECT_EQ(impose(2, {.fPagesPerCopy = 2, .fBackCover = true}), "2 1");
+    EXPECT_EQ(impose(1, {.fBackCover = true}), "1 B");
+    EXPECT_EQ(impose(0, {.fPagesPerCopy = 0}), "");
+    EXPECT_EQ(impose(24, {.fCopies = 3, .fPagesPerCopy = 8}),
+              "8 1 2 7 6 3 4 5 16 9 10 15 14 11 12 13 24 17 18 23 22 19 20 21");
+    EXPECT_EQ(impose(24, {.fCopies = 2, .fPagesPerCopy = 12}),
+              "12 1 2 11 10 3 4 9 8 5 6 7 24 13 14 23 22 15 16 21 20 17 18 19");
 }
 
 TEST(Imposition, AFoldedBookletReadsFromTheFirstPageToTheLast)
@@ -91,37 +77,24 @@ TEST(Imposition, AFoldedBookletReadsFromTheFirstPageToTheLast)
 
 TEST(Imposition, SplitsSheetsIntoTwoPassesAsTheExamplesDo)
 {
-    const struct
-    {
-        int fCount;
-        AManualDuplexPlan fPlan;
-        const char* fPasses;
-    } cases[] = {
-        {2, {}, "2 1"},
-        {6, {.fPrintGuide = true}, "G 6 4 2 1 3 5 G"},
-        {6, {.fPrintOnBottom = true, .fPrintGuide = true}, "G 2 4 6 G 1 3 5"},
-        {6, {.fFaceDown = false, .fPrintOnBottom = true, .fPrintGuide = true}, "2 4 6 G G 5 3 1"},
-        {6, {.fFaceDown = false, .fPrintGuide = true}, "6 4 2 G 5 3 1 G"},
-        {6, {.fReverse = true, .fFaceDown = false, .fPrintGuide = true}, "1 3 5 G 2 4 6 G"},
-        {6, {.fReverse = true, .fPrintGuide = true}, "G 1 3 5 6 4 2 G"},
-        {6, {.fReverse = true, .fPrintOnBottom = true, .fPrintGuide = true}, "G 5 3 1 G 6 4 2"},
-        {8, {.fBooklet = true}, "7 8 3 4 1 2 5 6"},
-        {8, {.fBooklet = true, .fPrintOnBottom = true}, "3 4 7 8 1 2 5 6"},
-        {8, {.fBooklet = true, .fFaceDown = false, .fPrintOnBottom = true}, "3 4 7 8 5 6 1 2"},
-    };
-    for (const auto& test : cases)
-    {
-        EXPECT_EQ(Show(SplitIntoPasses(MakePages(test.fCount), test.fPlan)), test.fPasses);
-    }
+    const auto split = [](int inCount, const AManualDuplexPlan& inPlan)
+    { return Show(SplitIntoPasses(MakePages(inCount), inPlan)); };
+    EXPECT_EQ(split(6, {.fPrintOnBottom = true, .fPrintGuide = true}), "G 2 4 6 G 1 3 5");
+    EXPECT_EQ(split(6, {.fFaceDown = false, .fPrintOnBottom = true, .fPrintGuide = true}), "2 4 6 G G 5 3 1");
+    EXPECT_EQ(split(6, {.fFaceDown = false, .fPrintGuide = true}), "6 4 2 G 5 3 1 G");
+    EXPECT_EQ(split(6, {.fReverse = true, .fFaceDown = false, .fPrintGuide = true}), "1 3 5 G 2 4 6 G");
+    EXPECT_EQ(split(6, {.fReverse = true, .fPrintGuide = true}), "G 1 3 5 6 4 2 G");
+    EXPECT_EQ(split(6, {.fReverse = true, .fPrintOnBottom = true, .fPrintGuide = true}), "G 5 3 1 G 6 4 2");
+    EXPECT_EQ(split(8, {.fBooklet = true}), "7 8 3 4 1 2 5 6");
+    EXPECT_EQ(split(8, {.fBooklet = true, .fPrintOnBottom = true}), "3 4 7 8 1 2 5 6");
+    EXPECT_EQ(split(8, {.fBooklet = true, .fFaceDown = false, .fPrintOnBottom = true}), "3 4 7 8 5 6 1 2");
 }
 
 TEST(Imposition, ReversesTheListOnceAndKeepsSheetsTogether)
 {
-    EXPECT_EQ(Show(ReversePages(MakePages(5), {})), "5 4 3 2 1");
     EXPECT_EQ(Show(ReversePages(MakePages(5), {.fPadToSheets = true})), "B 5 4 3 2 1");
     EXPECT_EQ(Show(ReversePages(MakePages(4), {.fPadToSheets = true})), "4 3 2 1");
     EXPECT_EQ(Show(ReversePages(MakePages(5), {.fPadToSheets = true, .fIsReversedAlready = true})), "1 2 3 4 5 B");
-    EXPECT_EQ(Show(ReversePages(MakePages(5), {.fDuplexFaceUp = true})), "5 B 3 4 1 2");
     EXPECT_EQ(Show(ReversePages(MakePages(6), {.fDuplexFaceUp = true})), "5 6 3 4 1 2");
     EXPECT_EQ(Show(ReversePages(MakePages(8), {.fDuplexFaceUp = true, .fBooklet = true})), "5 6 7 8 1 2 3 4");
 }

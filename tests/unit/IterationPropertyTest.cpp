@@ -6,32 +6,61 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
+#include <fstream>
 #include <random>
 
 #include "Foundation/DocumentIterator.h"
 #include "Imaging/Logger.h"
-#include "Launch.h"
 #include "TemporaryFolder.h"
-#include "TestSupport.h"
 
 namespace
 {
 
-constexpr std::array<const char*, 7> kPatterns = {"%%Page:", "VXName", "%%EndProlog", "*Duplex", "%!PS", "ab", "\x01M"};
+using ATask = AProcessingTask::ADeclaration;
+
+// A sanitizer makes everything slower.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr unsigned kJobs = 200;
+#else
+constexpr unsigned kJobs = 1000;
+#endif
+
+constexpr const char* kReplacement = "replaced %%Page: VXName\n";
+constexpr std::size_t kPiece = 8191;  ///< bytes of a line that are handled at a time
+constexpr std::size_t kRead = 131072; ///< bytes that a read brings at most
 
 /// The tasks, and what one does at its n-th call: the same in both iterations.
 struct AScript
 {
-    std::vector<AProcessingTask::ADeclaration> fTasks;
-    std::vector<int> fActions;
-    std::vector<std::string> fSeen;
-
-    int Next(bool inIsBefore, std::string_view inText)
+    template <typename Iteration>
+    LineProcessStatus Perform(LineOrder inOrder, std::string_view inText, Iteration& ioIteration)
     {
-        fSeen.push_back((inIsBefore ? "pre: " : "post: ") + std::string(inText));
-        return fActions[(fSeen.size() - 1) % fActions.size()];
+        fSeen.push_back((inOrder == kBeforeLine ? "pre: " : "post: ") + std::string(inText));
+        const std::size_t action = fActions[(fSeen.size() - 1) % fActions.size()];
+        const ATask& task = fTasks[action % fTasks.size()];
+        switch (action % 8)
+        {
+        case 0:
+            return inOrder == kBeforeLine ? kLineProcessSkip : kLineProcessUnchanged;
+        case 1:
+            return kLineProcessChanged;
+        case 2:
+            ioIteration.Write("written\n");
+            break;
+        case 3:
+        case 4:
+            ioIteration.Complete(task);
+            break;
+        case 5:
+            ioIteration.Register(task);
+            break;
+        }
+        return kLineProcessUnchanged;
     }
+
+    std::vector<ATask> fTasks;
+    std::vector<std::size_t> fActions;
+    std::vector<std::string> fSeen = {};
 };
 
 class AScriptedProcessor final : public ILineProcessor
@@ -39,285 +68,204 @@ class AScriptedProcessor final : public ILineProcessor
 public:
     AScriptedProcessor(ADocumentIterator& ioIterator, AScript& ioScript) : fIterator(ioIterator), fScript(ioScript)
     {
-        for (const auto& task : fScript.fTasks)
-        {
-            fIterator.RegisterTask(*this, task);
-        }
+        std::for_each(fScript.fTasks.begin(), fScript.fTasks.end(), [this](const ATask& inTask) { Register(inTask); });
     }
     const char* GetName() const override { return "Scripted"; }
     LineProcessStatus ProcessLine(APostScriptLineInfo& ioLine) override
     {
-        const bool isBefore = ioLine.GetLineOrder() == kBeforeLine;
-        const int action = fScript.Next(isBefore, ioLine.GetText());
-        const AProcessingTask::ADeclaration& task =
-            fScript.fTasks[static_cast<std::size_t>(action) % fScript.fTasks.size()];
-        switch (action % 8)
+        const LineProcessStatus status = fScript.Perform(ioLine.GetLineOrder(), ioLine.GetText(), *this);
+        if (status == kLineProcessChanged)
         {
-        case 0:
-            return isBefore ? kLineProcessSkip : kLineProcessUnchanged;
-        case 1:
-            ioLine.SetLine("replaced %%Page: VXName\n");
-            return kLineProcessChanged;
-        case 2:
-            fIterator.GetOutputFile().Write("written\n");
-            return kLineProcessUnchanged;
-        case 3:
-        case 4:
-            fIterator.CompleteTask(*this, task.fPattern, task.fLineOrder);
-            return kLineProcessUnchanged;
-        case 5:
-            fIterator.RegisterTask(*this, task);
-            return kLineProcessUnchanged;
-        default:
-            return kLineProcessUnchanged;
+            ioLine.SetLine(kReplacement);
         }
+        return status;
     }
+    void Write(const char* inText) { fIterator.GetOutputFile().Write(inText); }
+    void Complete(const ATask& inTask) { fIterator.CompleteTask(*this, inTask.fPattern, inTask.fLineOrder); }
+    void Register(const ATask& inTask) { fIterator.RegisterTask(*this, inTask); }
 
 private:
     ADocumentIterator& fIterator;
     AScript& fScript;
 };
 
+bool IsBlank(char inByte)
+{
+    return static_cast<unsigned char>(inByte) <= ' ';
+}
+
 /// The iteration as it is described, a line at a time.
 class ASimpleIteration
 {
 public:
-    ASimpleIteration(std::string inJob, AScript& ioScript) : fJob(std::move(inJob)), fScript(ioScript) {}
+    ASimpleIteration(std::string inJob, AScript& ioScript)
+        : fJob(std::move(inJob)), fScript(ioScript), fTasks(ioScript.fTasks)
+    {
+    }
 
     std::string Run()
     {
-        for (const auto& task : fScript.fTasks)
-        {
-            Register(task);
-        }
         bool endsWithMark = false;
         bool isEOF = false;
-        while (!isEOF && fCount != 0)
+        while (!isEOF &&
+               std::any_of(fTasks.begin(), fTasks.end(), [](const ATask& inTask) { return !inTask.fIsOptional; }))
         {
-            std::string line = ReadLine(isEOF);
-            endsWithMark = isEOF && std::strchr(line.c_str(), 4) != nullptr;
-            if (line.empty())
+            const std::string line = ReadLine();
+            isEOF = line.size() < kPiece && line.find_first_of("\r\n") == std::string::npos;
+            endsWithMark = isEOF && std::string(line.c_str()).find(4) != std::string::npos;
+            if (!line.empty())
             {
-                continue;
+                UpdateTasks();
+                Handle(line);
             }
-            Update();
-            Handle(line);
         }
-        if (!isEOF)
+        for (; !isEOF && fAt < fJob.size(); fAt += kRead - 2)
         {
-            for (; fAt < fJob.size(); fAt += 131070)
-            {
-                const std::string block = fJob.substr(fAt, 131070);
-                fOutput += block;
-                endsWithMark = block.find(4) != std::string::npos;
-            }
+            const std::string block = fJob.substr(fAt, kRead - 2);
+            fOutput += block;
+            endsWithMark = block.find(4) != std::string::npos;
         }
         return endsWithMark ? fOutput : fOutput + "\x04";
     }
 
-private:
-    struct ATaskState
-    {
-        AProcessingTask::ADeclaration fTask;
-        bool fIsDone = false;
-    };
+    void Write(const char* inText) { fOutput += inText; }
+    void Complete(const ATask& inTask) { fCompleted.push_back(inTask); }
+    void Register(const ATask& inTask) { fRegistered.push_back(inTask); }
 
-    std::string ReadLine(bool& outIsEOF)
+private:
+    std::string ReadLine()
     {
         fStart = fAt == 0 || fJob[fAt - 1] == '\n' || fJob[fAt - 1] == '\r' ? ALineStart::kAtLineStart : fStart;
-        std::string line;
-        while (line.size() < 8191 && fAt < fJob.size())
-        {
-            line += fJob[fAt++];
-            if (line.back() == '\n' || line.back() == '\r')
-            {
-                outIsEOF = false;
-                return line;
-            }
-        }
-        outIsEOF = line.size() < 8191;
+        const std::size_t end = std::min(fJob.find_first_of("\r\n", fAt), fJob.size());
+        const std::string line = fJob.substr(fAt, std::min(end + 1 - fAt, kPiece));
+        fAt += line.size();
         return line;
     }
 
-    bool Matches(const AProcessingTask::ADeclaration& inTask, const std::string& inLine) const
+    void UpdateTasks()
     {
-        const char* const text = inLine.c_str();
-        if (inTask.fIsRegExp)
+        for (const ATask& done : fCompleted)
         {
-            return std::strstr(text, "*Duplex") != nullptr;
+            std::erase_if(fTasks, [&](const ATask& inTask)
+                          { return inTask.fPattern == done.fPattern && inTask.fLineOrder == done.fLineOrder; });
         }
-        if (inTask.fPattern.compare(0, 2, "%%") != 0)
-        {
-            return std::strstr(text, inTask.fPattern.c_str()) != nullptr;
-        }
-        const char* first = text;
-        while (*first != '\0' && static_cast<unsigned char>(*first) <= ' ')
-        {
-            ++first;
-        }
-        return fStart != ALineStart::kInsideLine &&
-               std::strncmp(first, inTask.fPattern.c_str(), inTask.fPattern.size()) == 0;
+        fTasks.insert(fTasks.end(), fRegistered.begin(), fRegistered.end());
+        fCompleted.clear();
+        fRegistered.clear();
     }
 
-    void Register(const AProcessingTask::ADeclaration& inTask)
+    bool Matches(const ATask& inTask, const std::string& inLine) const
     {
-        fTasks.push_back({inTask});
-        fCount += inTask.fIsOptional ? 0 : 1;
+        const std::string text = inLine.c_str(); // up to a NUL
+        if (!inTask.fPattern.starts_with("%%"))
+        {
+            return text.find(inTask.fIsRegExp ? "*Duplex" : inTask.fPattern) != std::string::npos;
+        }
+        const auto first = std::find_if_not(text.begin(), text.end(), IsBlank);
+        return fStart != ALineStart::kInsideLine && std::string(first, text.end()).starts_with(inTask.fPattern);
     }
 
-    void Update()
-    {
-        for (const auto& task : fPending)
-        {
-            Register(task);
-        }
-        fPending.clear();
-        for (auto task = fTasks.begin(); task != fTasks.end();)
-        {
-            fCount -= task->fIsDone && !task->fTask.fIsOptional ? 1 : 0;
-            task = task->fIsDone ? fTasks.erase(task) : task + 1;
-        }
-    }
-
-    /// Returns whether the line was skipped.
+    /// False when the line is to be skipped.
     bool Perform(std::string& ioLine, LineOrder inOrder)
     {
-        for (std::size_t i = 0; i < fTasks.size(); ++i)
+        for (const ATask& task : fTasks)
         {
-            if (fTasks[i].fTask.fLineOrder != inOrder || !Matches(fTasks[i].fTask, ioLine))
+            if (task.fLineOrder == inOrder && Matches(task, ioLine))
             {
-                continue;
-            }
-            const int action = fScript.Next(inOrder == kBeforeLine, ioLine);
-            const auto& task = fScript.fTasks[static_cast<std::size_t>(action) % fScript.fTasks.size()];
-            if (action % 8 == 0 && inOrder == kBeforeLine)
-            {
-                return true;
-            }
-            if (action % 8 == 1)
-            {
-                ioLine = "replaced %%Page: VXName\n";
-            }
-            fOutput += action % 8 == 2 ? "written\n" : "";
-            if (action % 8 == 3 || action % 8 == 4)
-            {
-                for (auto& other : fTasks)
+                const LineProcessStatus status = fScript.Perform(inOrder, ioLine, *this);
+                if (status == kLineProcessSkip)
                 {
-                    other.fIsDone = other.fIsDone || (other.fTask.fPattern == task.fPattern &&
-                                                      other.fTask.fLineOrder == task.fLineOrder);
+                    return false;
                 }
-            }
-            if (action % 8 == 5)
-            {
-                fPending.push_back(task);
+                ioLine = status == kLineProcessChanged ? kReplacement : ioLine;
             }
         }
-        return false;
+        return true;
     }
 
-    void Handle(std::string ioLine)
+    void Handle(const std::string& inLine)
     {
-        const std::string whole = ioLine;
-        if (!Perform(ioLine, kBeforeLine))
+        std::string line = inLine;
+        if (Perform(line, kBeforeLine))
         {
-            fOutput += ioLine;
-            std::string written = ioLine;
-            Perform(written, kAfterLine);
+            fOutput += line;
+            Perform(line, kAfterLine);
         }
-        const bool isBlank =
-            std::all_of(whole.begin(), whole.end(), [](unsigned char inByte) { return inByte <= ' '; });
+        const bool isBlank = std::all_of(inLine.begin(), inLine.end(), IsBlank);
         fStart = isBlank && fStart != ALineStart::kInsideLine ? ALineStart::kAfterBlanks : ALineStart::kInsideLine;
     }
 
     std::string fJob;
     AScript& fScript;
+    std::vector<ATask> fTasks;
+    std::vector<ATask> fCompleted;
+    std::vector<ATask> fRegistered;
     std::size_t fAt = 0;
     ALineStart fStart = ALineStart::kAtLineStart;
-    int fCount = 0;
-    std::vector<ATaskState> fTasks;
-    std::vector<AProcessingTask::ADeclaration> fPending;
     std::string fOutput;
 };
 
-using ARandom = std::mt19937;
-
-int Pick(ARandom& ioRandom, int inCount)
+std::string MakeRandomJob(std::mt19937& ioRandom)
 {
-    return static_cast<int>(ioRandom() % static_cast<unsigned>(inCount));
-}
-
-std::string MakeRandomJob(ARandom& ioRandom)
-{
-    static const std::array<std::string, 14> kPieces = {"\n",          "\n",     "\r",          "\r\n",       " ",
-                                                        "%%Page: 1 1", "VXName", "%%EndProlog", "%!PS",       "*Duplex",
-                                                        {"\0", 1},     "\x04",   "\x01M",       "(text) show"};
+    using namespace std::string_view_literals;
+    static constexpr std::array kPieces = {"\n"sv,          "\n"sv,     "\r"sv,          "\r\n"sv,       " "sv,
+                                           "%%Page: 1 1"sv, "VXName"sv, "%!PS"sv,        "*Duplex"sv,    "\0"sv,
+                                           "\x04"sv,        "\x01M"sv,  "%%EndProlog"sv, "(text) show"sv};
+    const auto repeat = [&](std::size_t inLeast, std::size_t inMore, std::string_view inBytes)
+    { return std::string(inLeast + ioRandom() % inMore, inBytes[ioRandom() % inBytes.size()]); };
     std::string job;
-    const int pieces = Pick(ioRandom, 200);
-    for (int i = 0; i < pieces; ++i)
+    for (std::size_t pieces = ioRandom() % 200; pieces > 0; --pieces)
     {
-        const int kind = Pick(ioRandom, 24);
-        if (kind < 14)
-        {
-            job += kPieces[static_cast<std::size_t>(kind)];
-        }
-        else if (kind < 20)
-        {
-            job += std::string(static_cast<std::size_t>(Pick(ioRandom, 60)), "ax% *"[Pick(ioRandom, 5)]);
-        }
-        else if (kind < 22) // puts what follows across the border of a piece
-        {
-            job += std::string(static_cast<std::size_t>(8191 - 12 + Pick(ioRandom, 24)), "a \t"[Pick(ioRandom, 3)]);
-        }
-        else if (Pick(ioRandom, 30) == 0) // across the border of a read
-        {
-            job += std::string(static_cast<std::size_t>(131072 - 20 + Pick(ioRandom, 40)), "a\n"[Pick(ioRandom, 2)]);
-        }
+        const std::size_t kind = ioRandom() % 720;
+        // The last two put what follows across the border of a piece, and across that of a read.
+        job += kind < 420   ? std::string(kPieces[ioRandom() % kPieces.size()])
+               : kind < 600 ? repeat(0, 60, "ax% *")
+               : kind < 660 ? repeat(kPiece * (1 + ioRandom() % 2) - 12, 24, "a \t")
+               : kind < 662 ? repeat(kRead - 20, 40, "a\n")
+                            : "";
     }
     return job;
 }
 
-AScript MakeRandomScript(ARandom& ioRandom)
+AScript MakeRandomScript(std::mt19937& ioRandom)
 {
+    using namespace std::string_view_literals;
+    static constexpr std::array kPatterns = {"%%Page:"sv, "VXName"sv, "%%EndProlog"sv, "\\*Duplex"sv,
+                                             "%!PS"sv,    "ab"sv,     "\x01M"sv};
     AScript script;
-    for (int i = 1 + Pick(ioRandom, 5); i > 0; --i)
+    for (std::size_t i = 1 + ioRandom() % 5; i > 0; --i)
     {
-        const char* pattern = kPatterns[static_cast<std::size_t>(Pick(ioRandom, static_cast<int>(kPatterns.size())))];
-        const bool isRegExp = std::strcmp(pattern, "*Duplex") == 0;
-        script.fTasks.push_back({isRegExp ? "\\*Duplex" : pattern, Pick(ioRandom, 2) == 0 ? kBeforeLine : kAfterLine,
-                                 "", isRegExp, Pick(ioRandom, 3) == 0});
+        const std::string pattern(kPatterns[ioRandom() % kPatterns.size()]);
+        script.fTasks.push_back({pattern, ioRandom() % 2 == 0 ? kBeforeLine : kAfterLine, "", pattern.starts_with('\\'),
+                                 ioRandom() % 3 == 0});
     }
-    for (int i = 0; i < 23; ++i)
-    {
-        script.fActions.push_back(Pick(ioRandom, 64));
-    }
+    std::generate_n(std::back_inserter(script.fActions), 23, [&] { return ioRandom() % 64; });
     return script;
 }
 
 std::string RunReal(const ATemporaryFolder& inFolder, const std::string& inJob, AScript& ioScript)
 {
+    LoggerSetLogLevel(kLogError);
     ACupsFile input(inFolder.Write("job", inJob));
     ACupsFile output(inFolder.GetPath("output"));
     EXPECT_TRUE(input.OpenForRead() && output.OpenForReadAndWrite());
-    {
-        ADocumentIterator iterator(input, output);
-        const AScriptedProcessor processor(iterator, ioScript);
-        iterator.IterateDocument();
-    }
+    ADocumentIterator iterator(input, output);
+    const AScriptedProcessor processor(iterator, ioScript);
+    iterator.IterateDocument();
     EXPECT_TRUE(output.Finish());
-    output.Close();
-    input.Close();
-    return ReadFile(inFolder.GetPath("output"));
+    LoggerSetLogLevel(kLogTrace);
+    std::ifstream file(inFolder.GetPath("output"), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 } // namespace
 
 TEST(Iteration, SpansAndLinesGiveTheSameJob)
 {
-    LoggerSetLogLevel(kLogError);
     const ATemporaryFolder folder;
-    for (unsigned seed = 0; seed < (kIsSanitized ? 200 : 1000); ++seed)
+    for (unsigned seed = 0; seed < kJobs; ++seed)
     {
-        ARandom random(seed);
+        std::mt19937 random(seed);
         const std::string job = MakeRandomJob(random);
         AScript script = MakeRandomScript(random);
         AScript simpleScript = script;
@@ -327,22 +275,16 @@ TEST(Iteration, SpansAndLinesGiveTheSameJob)
                                         << expected.size();
         ASSERT_TRUE(script.fSeen == simpleScript.fSeen) << "seed " << seed;
     }
-    LoggerSetLogLevel(kLogTrace);
 }
 
 TEST(Iteration, FindsALineThatTwoReadsBring)
 {
-    LoggerSetLogLevel(kLogError);
     const ATemporaryFolder folder;
-    constexpr std::size_t kRead = 131072;
     for (std::size_t before = kRead - 24; before <= kRead; ++before)
     {
-        AScript script;
-        script.fTasks.push_back({"VXName", kBeforeLine, "", false, false});
-        script.fActions = {7};
+        AScript script = {{{"VXName", kBeforeLine, ""}}, {7}};
         const std::string job = std::string(before, '\n') + "some code VXName Set\nmore\n";
         EXPECT_TRUE(RunReal(folder, job, script) == job + "\x04") << before;
         EXPECT_EQ(script.fSeen.size(), 1U) << before;
     }
-    LoggerSetLogLevel(kLogTrace);
 }
