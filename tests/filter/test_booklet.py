@@ -30,8 +30,9 @@ def test_puts_pairs_of_pages_on_sheet_sides():
 def test_writes_its_header():
     job = make_job(4).replace("%%EndComments", "%%PageOrder: Ascend\n%%EndComments")
     header = between(run_booklet(4, ON_LETTER, job=job), "%!PS-Adobe-3.0\n", "userdict begin\ntrue setglobal")
-    assert header.startswith("%%Pages: (atend)\n%%PageOrder: Special\nuserdict begin\n/VXscale {\n612.0 18.0 translate\n"
-                             "90 rotate\ntranslate\n0.605 0.605 scale\n}bind def\nend\nuserdict begin\n/VXpages false def\n")
+    assert header.startswith("%%Pages: (atend)\n%%PageOrder: Special\nuserdict begin\n/VXscale {\n"
+                             "612.0 18.0 translate\n90 rotate\ntranslate\n0.605 0.605 scale\n}bind def\nend\n"
+                             "userdict begin\n/VXpages false def\n")
 
 
 def test_replaces_sheet_size_and_duplex_once():

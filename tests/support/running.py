@@ -16,9 +16,9 @@ from pathlib import Path
 from subprocess import DEVNULL, PIPE
 
 SOURCES = Path(__file__).resolve().parents[2]
-BUILD = Path(os.environ["VX_BUILD_DIR"]).resolve()
+BUILD = Path(os.environ.get("VX_BUILD_DIR", SOURCES / "build/release")).resolve()
 FILTER = BUILD / "vxpostprocessing"
-IS_SANITIZED = os.environ["VX_SANITIZE"] != ""  # slower and larger: tests do less there, and do not judge sizes
+IS_SANITIZED = os.environ.get("VX_SANITIZE", "") != ""  # slower and larger: tests do less there, and do not judge sizes
 
 PPD_HEAD = """*PPD-Adobe: "4.3"
 *FormatVersion: "4.3"
@@ -132,7 +132,7 @@ class Program(Folder):
     written in the folder, or None for a closed one.
     """
 
-    def start(self, arguments, env, *, program=FILTER, stdin=PIPE, stdout="output", stderr="log",
+    def start(self, arguments, env, *, program=FILTER, stdin=PIPE, stdout="output", stderr="log", pass_fds=(),
               file_size_limit=resource.RLIM_INFINITY):
         streams = [stdin, stdout, stderr]
 
@@ -148,7 +148,8 @@ class Program(Folder):
         self.process = subprocess.Popen(
             [argument.encode("latin-1") for argument in ["vxpostprocessing", *arguments]], executable=program,
             env={name: value.encode("latin-1") for name, value in (sanitizers | env).items()},
-            stdin=opened[0], stdout=opened[1], stderr=opened[2], bufsize=0, preexec_fn=prepare)
+            stdin=opened[0], stdout=opened[1], stderr=opened[2], bufsize=0, preexec_fn=prepare,
+            pass_fds=pass_fds)
         for stream, file in zip(streams, opened):
             if isinstance(stream, str):
                 file.close()
@@ -171,8 +172,8 @@ class Program(Folder):
         return self.read("log")
 
     def feed(self, text, bite=1 << 20):
-        """Gives it more on its standard input. Nothing happens when it does not read any more."""
-        data = text.encode("latin-1")
+        """Gives it more on its standard input. Nothing happens when it has none or does not read any more."""
+        data = text.encode("latin-1") if self.process.stdin else b""
         try:
             for at in range(0, len(data), bite):
                 piece = memoryview(data)[at:at + bite]
@@ -184,7 +185,8 @@ class Program(Folder):
     def finish(self, text="", seconds=100, bite=1 << 20):
         """Its exit status after this last piece; None when it does not end within the time."""
         self.feed(text, bite)
-        self.process.stdin.close()
+        if self.process.stdin:
+            self.process.stdin.close()
         return self.wait(seconds)
 
     def finish_later(self, text, bite=1 << 20):
@@ -216,8 +218,8 @@ class Filter(Program):
     """The built filter while it runs as in the chain for a converted job: with a printer description of its own and a
     folder for its temporary files.
 
-    ppd is the statements behind the usual head, or a whole description. An empty value of env unsets a variable. file is
-    the text of a job that is given as a file. how goes to Program.start.
+    ppd is the statements behind the usual head, or a whole description. An empty value of env unsets a variable. file
+    is the text of a job that is given as a file. how goes to Program.start.
     """
 
     def __init__(self, options="", ppd="", env={}, user="user", title="title", copies="1", file=None, arguments=None,
