@@ -10,59 +10,7 @@ from pathlib import Path
 from running import BUILD, FILTER, SOURCES, Folder, wait_until
 
 PROGRAMS = Path("/usr/lib/cups")
-
-# Everybody may do everything here: only this machine's root and the server's own users reach its socket's folder.
-SCHEDULER = """Listen FOLDER/socket
-LogLevel debug
-MaxLogSize 0
-Browsing No
-DefaultAuthType None
-MaxJobTime 0
-<Location />
-Order allow,deny
-Allow all
-</Location>
-<Policy default>
-JobPrivateAccess default
-JobPrivateValues default
-SubscriptionPrivateAccess default
-SubscriptionPrivateValues default
-<Limit All>
-Order allow,deny
-Allow all
-</Limit>
-</Policy>
-"""
-FILES = """ServerRoot FOLDER/root
-ServerBin FOLDER/programs
-DataDir /usr/share/cups
-StateDir FOLDER/state
-CacheDir FOLDER/cache
-RequestRoot FOLDER/spool
-TempDir FOLDER/tmp
-AccessLog FOLDER/log/access
-ErrorLog FOLDER/log/error
-PageLog FOLDER/log/page
-FileDevice Yes
-PassEnv ASAN_OPTIONS UBSAN_OPTIONS TSAN_OPTIONS LSAN_OPTIONS
-SetEnv VX_RESOURCES FOLDER/resources
-"""
-
-# A printer that keeps each job in a file named by the job's number, whole or not at all; and the same with a gate,
-# which opens when somebody writes into the pipe "gate" or puts a file there.
-PAPER = """#!/bin/sh
-[ $# = 0 ] && exit
-folder=${DEVICE_URI#*:}
-cat ${6+"$6"} >"$folder/$1.part" && mv "$folder/$1.part" "$folder/$1"
-"""
-SLOW_PAPER = """#!/bin/sh
-[ $# = 0 ] && exit
-folder=${DEVICE_URI#*:}
-dd bs=1 count=1 of="$folder/$1.part" 2>/dev/null
-echo "INFO: job $1 waits at the gate" >&2
-read -r open <"$folder/../gate"
-cat >>"$folder/$1.part" && mv "$folder/$1.part" "$folder/$1"
-"""
+PARTS = Path(__file__).with_name("server")
 
 
 class PrintServer(Folder):
@@ -85,9 +33,10 @@ class PrintServer(Folder):
         os.mkfifo(self.path / "gate")
         (self.path / "gate").chmod(0o644)
         self._make_queues()
-        files = FILES + "".join(f"SetEnv {name} {value}\n" for name, value in settings.items())
-        self.write("root/cups-files.conf", files.replace("FOLDER", str(self.path)))
-        self.write("root/cupsd.conf", SCHEDULER.replace("FOLDER", str(self.path)))
+        for name in ("cupsd.conf", "cups-files.conf"):
+            self.write("root/" + name, (PARTS / name).read_text().replace("FOLDER", str(self.path)))
+        with open(self.path / "root/cups-files.conf", "a") as files:
+            files.writelines(f"SetEnv {name} {value}\n" for name, value in settings.items())
         self._start()
 
     def __exit__(self, *_):
@@ -104,8 +53,8 @@ class PrintServer(Folder):
         for program in (PROGRAMS / "filter").iterdir():
             if not (filters / program.name).exists():
                 (filters / program.name).symlink_to(program)
-        self.write("programs/backend/paper", PAPER, 0o755)
-        self.write("programs/backend/slow", SLOW_PAPER, 0o755)
+        for name in ("paper", "slow"):
+            self.write("programs/backend/" + name, (PARTS / name).read_text(), 0o755)
 
     def _make_queues(self):
         queues = ""

@@ -20,34 +20,7 @@ BUILD = Path(os.environ.get("VX_BUILD_DIR", SOURCES / "build/release")).resolve(
 FILTER = BUILD / "vxpostprocessing"
 IS_SANITIZED = os.environ.get("VX_SANITIZE", "") != ""  # slower and larger: tests do less there, and do not judge sizes
 
-PPD_HEAD = """*PPD-Adobe: "4.3"
-*FormatVersion: "4.3"
-*FileVersion: "1.0"
-*LanguageVersion: English
-*LanguageEncoding: ISOLatin1
-*PCFileName: "TEST.PPD"
-*Manufacturer: "Test"
-*Product: "(Test)"
-*ModelName: "Test"
-*ShortNickName: "Test"
-*NickName: "Test"
-*PSVersion: "(3010) 0"
-*LanguageLevel: "3"
-*ColorDevice: True
-*DefaultColorSpace: RGB
-*FileSystem: False
-*OpenUI *PageSize: PickOne
-*DefaultPageSize: A4
-*PageSize A4: "<</PageSize[595 842]>>setpagedevice"
-*PageSize Letter: "<</PageSize[612 792]>>setpagedevice"
-*CloseUI: *PageSize
-*DefaultImageableArea: A4
-*ImageableArea A4: "12 12 583 829.4"
-*ImageableArea Letter: "18 36 594 756"
-*DefaultPaperDimension: A4
-*PaperDimension A4: "595 842"
-*PaperDimension Letter: "612 792"
-"""
+PPD_HEAD = Path(__file__).with_name("printer.ppd").read_text()
 DUPLEX_UNIT = """*OpenUI *Duplex: PickOne
 *DefaultDuplex: None
 *Duplex None: "<</Duplex false>>setpagedevice"

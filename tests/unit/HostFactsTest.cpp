@@ -2,8 +2,6 @@
 #include "ScopedEnvironment.h"
 
 #include <gmock/gmock.h>
-#include <grp.h>
-#include <unistd.h>
 #include <vector>
 
 TEST(HostFacts, TheTimeCanBeFixed)
@@ -29,18 +27,6 @@ TEST(HostFacts, UUIDsAreRandomAndLowerCase)
     EXPECT_NE(uuid, CreateUUID());
 }
 
-TEST(HostFacts, HostNameFallsApartAtItsFirstDot)
-{
-    std::string host(256, '\0');
-    ASSERT_EQ(0, gethostname(host.data(), host.size() - 1));
-    host.resize(host.find('\0'));
-    const AScopedEnvironment search("LOCALDOMAIN", "first.example. second.example");
-    const std::string computer = CreateComputerName();
-    EXPECT_EQ(std::string::npos, computer.find('.'));
-    const bool hasDomain = host.size() > computer.size() + 1;
-    EXPECT_EQ(hasDomain ? host : computer + ".first.example", computer + "." + CreateDomainName());
-}
-
 TEST(HostFacts, SystemVersionIsPackedByDigits)
 {
     const auto getVersion = [](const char* inText)
@@ -55,13 +41,4 @@ TEST(HostFacts, SystemVersionIsPackedByDigits)
     EXPECT_THAT((std::vector{"", "10", "10.", "10.10", "10.3.", "10.3.11", "x.3", ".3.9", "10.3x9", "123.4", "10.a",
                              "1f.3", "10.3 "}),
                 testing::Each(testing::ResultOf(getVersion, 0x1050U)));
-}
-
-TEST(HostFacts, GroupsAreThoseOfTheAccount)
-{
-    const group* const rootGroup = getgrgid(0);
-    ASSERT_NE(nullptr, rootGroup);
-    EXPECT_TRUE(GetGroupsForUser("root").contains(rootGroup->gr_name));
-    EXPECT_TRUE(GetGroupsForUser("no such user").empty());
-    EXPECT_TRUE(GetGroupsForUser("").empty());
 }
