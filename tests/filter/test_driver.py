@@ -3,6 +3,7 @@
 import os
 import signal
 import stat
+import subprocess
 
 import pytest
 from running import FILTER, Filter, Folder, make_job, make_ppd, run_filter
@@ -55,7 +56,7 @@ def test_the_job_ends_with_its_mark(job, in_blocks, in_lines):
 
 OPTIONS = "a=1 nob c='x y'"
 ARGUMENTS = ["7", "user", "title", "1", OPTIONS]
-NO_PRIVATE_TMP = 126
+NAMESPACE = ["-m"] if os.geteuid() == 0 else ["-m", "-r"]
 
 
 def start_debugged(tmp, arguments=ARGUMENTS, **how):
@@ -64,10 +65,9 @@ def start_debugged(tmp, arguments=ARGUMENTS, **how):
     The program may lie below the /tmp that goes, so it is opened before.
     """
     program = os.open(FILTER, os.O_RDONLY)
-    script = f'mount --bind "$0" /tmp || exit {NO_PRIVATE_TMP}; exec -a vxpostprocessing /proc/self/fd/{program} "$@"'
-    namespace = ["-m"] if os.geteuid() == 0 else ["-m", "-r"]
+    script = f'mount --bind "$0" /tmp && exec -a vxpostprocessing /proc/self/fd/{program} "$@"'
     run = Filter(env={"PPD": "/tmp/printer-given.ppd", "TMPDIR": "/tmp/spool"}, program="/usr/bin/unshare",
-                 arguments=[*namespace, "bash", "-c", script, str(tmp.path), *arguments], pass_fds=[program], **how)
+                 arguments=[*NAMESPACE, "bash", "-c", script, str(tmp.path), *arguments], pass_fds=[program], **how)
     os.close(program)
     return run
 
@@ -84,10 +84,10 @@ def run_debugged(tmp, commands=None, arguments=ARGUMENTS, job=make_job(1)):
 def tmp():
     """What the filter sees as /tmp: with a printer description and a folder for temporary files."""
     with Folder() as folder:
+        if subprocess.run(["unshare", *NAMESPACE, "mount", "--bind", folder.path, "/tmp"]).returncode != 0:
+            pytest.skip("no private /tmp on this system")
         folder.write("printer-given.ppd", make_ppd())
         (folder.path / "spool").mkdir()
-        if run_debugged(folder)[1] == NO_PRIVATE_TMP:
-            pytest.skip("no private /tmp on this system")
         yield folder
 
 
