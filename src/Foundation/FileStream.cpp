@@ -97,11 +97,16 @@ bool AFileStream::ReadMore(std::size_t inSize)
         }
         if (errno != EINTR && !(errno == EAGAIN && WaitUntilReady(POLLIN)))
         {
-            fReadError = errno;
-            LoggerLogMessage(kLogError, "Error reading file data - %s\n", std::strerror(fReadError));
+            NoteReadError(errno);
             return false;
         }
     }
+}
+
+void AFileStream::NoteReadError(int inError)
+{
+    fReadError = inError;
+    LoggerLogMessage(kLogError, "Error reading file data - %s\n", std::strerror(inError));
 }
 
 bool AFileStream::WaitUntilReady(short inEvents) const
@@ -202,6 +207,7 @@ int AFileStream::SetPosition(std::int64_t inOffset, int inWhence)
         const off_t reached = lseek(fDescriptor, target, isRelative ? SEEK_SET : inWhence);
         if (reached < 0)
         {
+            NoteFailedSeek(errno);
             return -1;
         }
         fFilePosition = reached;
@@ -210,6 +216,16 @@ int AFileStream::SetPosition(std::int64_t inOffset, int inWhence)
     }
     fIsEOF = false;
     return 0;
+}
+
+/// A pipe cannot be positioned and is read on. Of any other file the next bytes would be the wrong ones.
+void AFileStream::NoteFailedSeek(int inError)
+{
+    if (inError != ESPIPE)
+    {
+        NoteReadError(inError);
+        fBegin = fEnd = 0;
+    }
 }
 
 bool AFileStream::LendFromStart()

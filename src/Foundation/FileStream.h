@@ -67,7 +67,7 @@ public:
     /// Where the next byte is read or written, in bytes from the start of the file.
     [[nodiscard]] std::int64_t GetPosition() const;
 
-    /// As fseek: 0, or -1 when the file cannot be positioned.
+    /// As fseek: 0, or -1 when the file cannot be positioned. Where that is no pipe, it counts as a read that failed.
     int SetPosition(std::int64_t inOffset, int inWhence);
 
     /// Positions the descriptor itself at its start, for another process that shares it. What that process leaves of
@@ -79,6 +79,8 @@ private:
     void MoveBufferedToFront();
     bool ReadMore(std::size_t inSize);
     bool WriteOut(std::string_view inData);
+    void NoteReadError(int inError);
+    void NoteFailedSeek(int inError);
     bool WaitUntilReady(short inEvents) const;
 
     int fDescriptor;

@@ -116,6 +116,7 @@ bool APagesManager::ReorderPages(ACupsFile& ioInput)
     }
     ioInput = fTempFile;
     ioInput.Rewind();
+    fStorageError = fStorageError != 0 ? fStorageError : fTempFile.GetReadError();
     return isReady;
 }
 
