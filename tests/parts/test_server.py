@@ -96,7 +96,8 @@ def server():
         yield server
         assert "stopped with status" not in server.log
         assert "crashed" not in server.log
-        assert not list((server.path / "tmp").iterdir())
+        # Fontconfig keeps what it knows of the fonts in its user's home where the system has not written it down.
+        assert {path.name for path in (server.path / "tmp").iterdir()} <= {".cache"}
 
 
 def make_document(folder, kind):
