@@ -10,7 +10,7 @@ readonly kPackages=(
     cups cups-client cups-ppdc cups-filters ghostscript poppler-utils psutils qpdf
     fonts-dejavu-core fonts-noto-core fonts-noto-cjk python3-pytest
 )
-readonly kCheckPackages=(clang clang-format clang-tidy libclang-rt-14-dev valgrind lintian pycodestyle pyflakes3)
+readonly kCheckPackages=(clang clang-format clang-tidy libclang-rt-14-dev valgrind lintian locales pycodestyle pyflakes3)
 
 fail() {
     printf '%s: %s\n' "$(basename "$0")" "$*" >&2
