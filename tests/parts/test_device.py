@@ -88,23 +88,22 @@ def test_gives_what_there_is_before_a_pause(printer):
         pytest.fail("nothing came out")
 
 
-# The rest of a job that awaits no line goes in large blocks, and is looked at between them.
-@pytest.mark.parametrize("awaits_lines", [False, True])
-def test_ends_the_job_on_a_fatal_error_and_waits(printer, awaits_lines):
+# The rest of a job that awaits no line goes in large blocks, and is looked at between them; else the first page is
+# finished, and no other one begun.
+@pytest.mark.parametrize("options, unprinted", [("", "%%Page: 50 50\n"), ("MirrorPrint=True", "%%Page: 2 2\n")])
+def test_ends_the_job_on_a_fatal_error_and_waits(printer, options, unprinted):
     printer.reasons = ["shutdown"]
-    with watch(printer, "MirrorPrint=True" if awaits_lines else "") as run:
+    with watch(printer, options) as run:
         run.feed(JOB_HEAD + page(1))
         assert run.wait_for_log("\nERROR:The printer is out of service.\n")
         assert run.wait_for_log("Terminating iteration\n")
-        most = 3 if awaits_lines else 50  # the first page is finished, and no other one begun
-        number = 1
-        while number == 1 or number < most and not run.wait_for_output("\n%%EOF\x04", 5 if awaits_lines else 0):
-            number += 1
-            run.feed(page(number, 50000 * "\n"))
-        assert number < most
+        feeder = run.finish_later("".join(page(number, 50000 * "\n") for number in range(2, 60)))
+        assert run.wait_for_output("\n%%EOF\x04")
         assert run.output.endswith("\n%%EOF\x04")
-        assert run.finish(seconds=1) is None, "it waits to be cancelled"
+        assert unprinted not in run.output
+        assert run.wait(1) is None, "it waits to be cancelled"
         assert run.terminate() == 128 + signal.SIGTERM
+        feeder.join()
 
 
 def test_ends_itself_when_the_printer_cancels(printer):
