@@ -12,7 +12,8 @@ namespace
 {
 
 constexpr std::size_t kLargestRead = std::size_t{128} * 1024;
-// After a jump little is read at first: pages in another order are often shorter than a full read.
+// After a jump little is read at first, and then as much as there was: pages in another order are often shorter than a
+// full read.
 constexpr std::size_t kReadAfterJump = std::size_t{16} * 1024;
 // A full read behind what a line search keeps of the read before it.
 constexpr std::size_t kReadBufferSize = kLargestRead + std::size_t{16} * 1024;
@@ -21,9 +22,11 @@ constexpr std::size_t kWriteBufferSize = std::size_t{128} * 1024;
 } // namespace
 
 AFileStream::AFileStream(int inDescriptor, AOwnership inOwnership)
-    : fDescriptor(inDescriptor), fOwnership(inOwnership), fReadSize(kLargestRead),
-      fFilePosition(std::max<off_t>(0, lseek(inDescriptor, 0, SEEK_CUR)))
+    : fDescriptor(inDescriptor), fOwnership(inOwnership), fFilePosition(lseek(inDescriptor, 0, SEEK_CUR)),
+      fHasPosition(fFilePosition >= 0)
 {
+    fFilePosition = std::max<std::int64_t>(0, fFilePosition);
+    fRunStart = fFilePosition - std::ptrdiff_t{kLargestRead};
 }
 
 AFileStream::~AFileStream()
@@ -50,7 +53,8 @@ std::string_view AFileStream::GetBuffered() const
 
 std::size_t AFileStream::GetNextReadSize(std::size_t inLimit) const
 {
-    return std::min({inLimit, fReadSize, kReadBufferSize - fEnd});
+    const auto run = static_cast<std::size_t>(fFilePosition - fRunStart);
+    return std::min({inLimit, std::clamp(run, kReadAfterJump, kLargestRead), kReadBufferSize - fEnd});
 }
 
 void AFileStream::MoveBufferedToFront()
@@ -75,7 +79,6 @@ bool AFileStream::Fill(std::size_t inLimit)
     }
     MoveBufferedToFront();
     const std::size_t size = GetNextReadSize(inLimit);
-    fReadSize = std::min(fReadSize * 2, kLargestRead);
     return size != 0 && ReadMore(size);
 }
 
@@ -132,21 +135,35 @@ std::size_t AFileStream::Write(std::string_view inData)
         return 0;
     }
     fLastWritten = inData.back();
-    const std::size_t size = inData.size();
-    if (fWriteBuffer.size() + size > kWriteBufferSize && !Flush())
+    if (!fHasPosition && inData.size() >= kWriteBufferSize / 2)
     {
-        return 0;
+        return Flush() && WriteOut(inData) ? inData.size() : 0;
     }
-    if (size >= kWriteBufferSize / 2)
+    fWriteBuffer.reserve(kWriteBufferSize);
+    std::string_view rest = inData;
+    for (std::size_t room = GetRoom(); rest.size() >= room; room = GetRoom())
     {
-        return Flush() && WriteOut(inData) ? size : 0;
+        Buffer(rest.substr(0, room));
+        rest.remove_prefix(room);
+        if (!Flush())
+        {
+            return 0;
+        }
     }
-    if (fWriteBuffer.capacity() == 0)
-    {
-        fWriteBuffer.reserve(kWriteBufferSize);
-    }
+    Buffer(rest);
+    return inData.size();
+}
+
+/// How much the buffer takes before it is written. Full ones lie side by side in a file: none ends within a page of the
+/// system's cache, which takes it longer than the copy of every byte into this buffer.
+std::size_t AFileStream::GetRoom() const
+{
+    return kWriteBufferSize - static_cast<std::size_t>(GetPosition()) % kWriteBufferSize;
+}
+
+void AFileStream::Buffer(std::string_view inData)
+{
     fWriteBuffer.insert(fWriteBuffer.end(), inData.begin(), inData.end());
-    return size;
 }
 
 bool AFileStream::Flush()
@@ -210,9 +227,8 @@ int AFileStream::SetPosition(std::int64_t inOffset, int inWhence)
             NoteFailedSeek(errno);
             return -1;
         }
-        fFilePosition = reached;
+        fFilePosition = fRunStart = reached;
         fBegin = fEnd = 0;
-        fReadSize = kReadAfterJump;
     }
     fIsEOF = false;
     return 0;
@@ -233,6 +249,6 @@ bool AFileStream::LendFromStart()
     const bool isWhole = Flush();
     // Nothing may be taken for buffered that the other process moves away from.
     fBegin = fEnd = 0;
-    fFilePosition = 0;
+    fFilePosition = fRunStart = 0;
     return lseek(fDescriptor, 0, SEEK_SET) == 0 && isWhole;
 }

@@ -78,6 +78,8 @@ private:
     [[nodiscard]] std::size_t GetNextReadSize(std::size_t inLimit) const;
     void MoveBufferedToFront();
     bool ReadMore(std::size_t inSize);
+    [[nodiscard]] std::size_t GetRoom() const;
+    void Buffer(std::string_view inData);
     bool WriteOut(std::string_view inData);
     void NoteReadError(int inError);
     void NoteFailedSeek(int inError);
@@ -89,7 +91,6 @@ private:
     std::unique_ptr<char[]> fReadBuffer; ///< not cleared first: a short job touches little of it
     std::size_t fBegin = 0;              ///< of the unconsumed bytes in the read buffer
     std::size_t fEnd = 0;
-    std::size_t fReadSize; ///< bytes that the next read asks for
     bool fIsEOF = false;
     int fReadError = 0;
 
@@ -98,4 +99,6 @@ private:
     char fLastWritten = '\n';
 
     std::int64_t fFilePosition; ///< of the descriptor; 0 at first where it has none (a pipe)
+    std::int64_t fRunStart = 0; ///< from where on the file was read or written without a jump
+    bool fHasPosition;
 };

@@ -2,6 +2,7 @@
 
 #include "Imaging/DescriptorOutput.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdarg>
 #include <cstdio>
@@ -15,6 +16,7 @@ namespace
 {
 
 constexpr std::string_view kMessagePlace = "%msg";
+constexpr std::size_t kUsualLength = 127; // of a message, in bytes
 
 /// Read without the lock, so that a dropped record costs nothing but this.
 std::atomic<int> gLevel = kLogTrace;
@@ -79,17 +81,18 @@ ALogSink& GetSink()
 
 __attribute__((format(printf, 1, 0))) std::string FormatMessage(const char* inFormat, va_list inArguments)
 {
-    va_list measured;
-    va_copy(measured, inArguments);
-    const int length = vsnprintf(nullptr, 0, inFormat, measured);
-    va_end(measured);
-    if (length < 0)
+    std::string message(kUsualLength, '\0');
+    va_list again;
+    va_copy(again, inArguments);
+    const int length = vsnprintf(message.data(), message.size() + 1, inFormat, inArguments);
+    if (length > static_cast<int>(message.size()))
     {
-        return inFormat;
+        message.resize(static_cast<std::size_t>(length));
+        vsnprintf(message.data(), message.size() + 1, inFormat, again);
     }
-    std::string message(static_cast<std::size_t>(length), '\0');
-    vsnprintf(message.data(), message.size() + 1, inFormat, inArguments);
-    return message;
+    va_end(again);
+    message.resize(static_cast<std::size_t>(std::max(length, 0)));
+    return length < 0 ? inFormat : message;
 }
 
 } // namespace
