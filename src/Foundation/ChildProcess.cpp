@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include "Foundation/CupsFile.h"
+#include "Foundation/HangWatch.h"
 #include "Imaging/Logger.h"
 
 namespace
@@ -83,13 +84,17 @@ public:
         sigprocmask(SIG_SETMASK, &fMaskBefore, nullptr);
     }
 
-    /// Waits for the child's end; from then on its number may be another's.
-    [[nodiscard]] static int WaitForChild()
+    static void WaitForChild()
     {
         siginfo_t info{};
         while (waitid(P_PID, static_cast<id_t>(gRunningChild), &info, WEXITED | WNOWAIT) < 0 && errno == EINTR)
         {
         }
+    }
+
+    /// The status of the child that has ended; from then on its number may be another's.
+    [[nodiscard]] static int TakeStatus()
+    {
         const auto child = static_cast<pid_t>(gRunningChild);
         gRunningChild = 0;
         int status = -1;
@@ -160,7 +165,9 @@ bool EndWithParent(pid_t inParent)
     if (TakeRealIds(group, user) && EndWithParent(inParent))
     {
         execve(inProcess.fPath.c_str(), inArguments, inEnvironment);
+        const int error = errno;
         std::perror(inProcess.fPath.c_str());
+        errno = error;
     }
     _exit(errno);
 }
@@ -205,6 +212,10 @@ int ExecuteProcess(const AChildProcess& inProcess)
     }
     setpgid(child, child);
     relay.SetChild(child);
-    LogLines(errors[0]);
-    return ASignalRelay::WaitForChild();
+    {
+        const AHangWatch watch(child);
+        LogLines(errors[0]);
+        ASignalRelay::WaitForChild();
+    }
+    return ASignalRelay::TakeStatus();
 }

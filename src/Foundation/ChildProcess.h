@@ -15,7 +15,9 @@ struct AChildProcess
 };
 
 /// Runs the program and waits for it. What it writes to its standard error goes to the log, line by line: only the
-/// filter itself speaks to CUPS. A signal that ends the filter ends the program first, with what it started.
+/// filter itself speaks to CUPS. A signal that ends the filter ends the program first, with what it started. A program
+/// that hangs (see AHangWatch) is ended by SIGTERM, a second later by SIGKILL.
 ///
-/// Returns the status as waitpid gives it; -1 when the program could not be started.
+/// Returns the status as waitpid gives it, where a program that cannot be executed has ended with the errno of that; -1
+/// when no process could be started.
 [[nodiscard]] int ExecuteProcess(const AChildProcess& inProcess);

@@ -2,7 +2,6 @@
 
 #include "Imaging/DescriptorOutput.h"
 
-#include <algorithm>
 #include <atomic>
 #include <cstdarg>
 #include <cstdio>
@@ -82,17 +81,21 @@ ALogSink& GetSink()
 __attribute__((format(printf, 1, 0))) std::string FormatMessage(const char* inFormat, va_list inArguments)
 {
     std::string message(kUsualLength, '\0');
-    va_list again;
-    va_copy(again, inArguments);
-    const int length = vsnprintf(message.data(), message.size() + 1, inFormat, inArguments);
-    if (length > static_cast<int>(message.size()))
+    va_list first;
+    va_copy(first, inArguments);
+    const int length = vsnprintf(message.data(), message.size() + 1, inFormat, first);
+    va_end(first);
+    if (length < 0)
     {
-        message.resize(static_cast<std::size_t>(length));
-        vsnprintf(message.data(), message.size() + 1, inFormat, again);
+        return inFormat;
     }
-    va_end(again);
-    message.resize(static_cast<std::size_t>(std::max(length, 0)));
-    return length < 0 ? inFormat : message;
+    const bool fits = static_cast<std::size_t>(length) <= message.size();
+    message.resize(static_cast<std::size_t>(length));
+    if (!fits)
+    {
+        vsnprintf(message.data(), message.size() + 1, inFormat, inArguments);
+    }
+    return message;
 }
 
 } // namespace

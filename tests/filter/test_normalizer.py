@@ -1,4 +1,6 @@
+import errno
 import signal
+from concurrent.futures import ThreadPoolExecutor
 
 from running import Folder, between, make_job, run_filter, run_ghostscript
 
@@ -60,12 +62,22 @@ def test_whatever_fails_the_job_comes_out_whole():
                 assert "DEBUG: Normalization was not successful" in result.log
                 assert "DEBUG: Reordering failed. Switching to pass-through mode" in result.log
 
+    assert f"Return code - {errno.ENOENT << 8}\n" in run_native(TWO_SIDED, make_job(1), "/nonexistent").log
     expect_passed_through("/nonexistent")
     for scripts in [("cat; exit 1",), ("cat", 'cat "$6"; exit 1'), ("cat >/dev/null",), ("cat", ":"), ("kill -9 $$",)]:
         with StandIns(*scripts) as stand_ins:
             expect_passed_through(stand_ins.path)
     with StandIns("dd if=/dev/zero bs=1000 count=4000 2>/dev/null; exit 0") as stand_ins:
         expect_passed_through(stand_ins.path, file_size_limit=3000000)  # no room for the result
+
+
+def test_a_conversion_that_hangs_is_ended_and_a_slow_one_is_not():
+    """The system's own hangs when its interpreter gives up on a job that is longer than the pipe to it."""
+    with StandIns("true & exec sleep 1000") as hanging, StandIns("sleep 7; cat") as slow, ThreadPoolExecutor() as pool:
+        ended, waited = pool.map(StandIns.run, (hanging, slow))
+    assert ended.output == make_job(2) + "\x04" and ended.status == 0
+    assert "Normalization was not successful. Return code - 15" in ended.log
+    assert "Normalization was successful" in waited.log
 
 
 def test_the_conversions_clean_and_do_nothing_else():
