@@ -37,7 +37,8 @@ std::optional<AIPPAddress> MakeAddress(const char* inScheme, const char* inHost,
     return AIPPAddress{uri.data(), inHost, inPort, inResource, isSecure};
 }
 
-bool HasSuffix(std::string_view inReason, std::string_view inBase)
+/// With or without a severity behind it.
+bool IsReason(std::string_view inReason, std::string_view inBase)
 {
     return inReason == inBase || (inReason.starts_with(inBase) && inReason[inBase.size()] == '-');
 }
@@ -77,7 +78,7 @@ std::optional<AIPPAddress> FindIPPAddress(const std::string& inDeviceURI)
 
 std::string_view GetAlertSeverity(std::string_view inReason)
 {
-    if (HasSuffix(inReason, "shutdown") || HasSuffix(inReason, "deactivated"))
+    if (IsReason(inReason, "shutdown") || IsReason(inReason, "deactivated"))
     {
         return "fatal";
     }

@@ -27,8 +27,8 @@ struct AIPPAnswer
 
 /// Asks a printer for its state once.
 ///
-/// Returns after inTimeLimit at the latest, and soon after a stop was requested, whatever the printer does: the
-/// exchange runs in a thread of its own whose connection is cut then. Should that thread still not end (a name service
-/// that hangs cannot be interrupted), it is left behind after half a second, and ends by itself.
+/// Gives up after inTimeLimit and when a stop was requested, whatever the printer does: the exchange runs in a thread
+/// of its own whose connection is cut then. Should that thread still not end (a name service that hangs cannot be
+/// interrupted), it is left behind after half a second, and ends by itself.
 [[nodiscard]] AIPPAnswer AskPrinter(const AIPPAddress& inAddress, std::chrono::milliseconds inTimeLimit,
                                     const std::stop_token& inStop);

@@ -172,7 +172,7 @@ std::optional<std::string> ASettingsStore::FindFinishingResult(std::string_view 
     {
         return std::nullopt;
     }
-    for (const APPDInfo::AEntry& entry : GetPPDInfo()->GetEntries(inKeyword))
+    for (const APPDFile::AAttribute& entry : GetPPDInfo()->GetEntries(inKeyword))
     {
         const std::string_view value = entry.fValue;
         const std::size_t separator = value.find(kPPDSeparator);

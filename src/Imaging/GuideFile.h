@@ -18,7 +18,7 @@ public:
     [[nodiscard]] bool IsOpen() const { return fFile != nullptr; }
 
     /// The next line with its line feed, or at most 8191 bytes of a longer one. False at the end of the page, and where
-    /// the file is damaged.
+    /// the file is damaged. Only while it is open; a NUL ends the line.
     [[nodiscard]] bool ReadLine(std::string& outLine);
 
 private:

@@ -24,12 +24,6 @@ namespace
 constexpr long long kEndOfYear9999 = 253402300799;
 constexpr unsigned kDefaultSystemVersion = 0x1050;
 
-std::string_view GetEnvironment(const char* inName)
-{
-    const char* const value = std::getenv(inName);
-    return value == nullptr ? std::string_view() : std::string_view(value);
-}
-
 /// Packs "M.m", "M.m.p" or the same with a two-digit M, each letter one digit.
 std::optional<unsigned> PackVersion(std::string_view inVersion)
 {
@@ -128,6 +122,12 @@ std::vector<gid_t> ListGroups(const std::string& inUserName, gid_t inPrimaryGrou
 
 } // namespace
 
+std::string_view GetEnvironment(const char* inName)
+{
+    const char* const value = std::getenv(inName);
+    return value == nullptr ? std::string_view() : std::string_view(value);
+}
+
 std::time_t GetCurrentTime()
 {
     const std::string_view epoch = GetEnvironment("SOURCE_DATE_EPOCH");
@@ -190,6 +190,12 @@ std::set<std::string> GetGroupsForUser(const std::string& inUserName)
         }
     }
     return names;
+}
+
+std::optional<uid_t> FindUserID(const std::string& inUserName)
+{
+    return LookUpAccount<passwd>([&](auto... inBuffer) { return getpwnam_r(inUserName.c_str(), inBuffer...); },
+                                 [](const passwd& inUser) { return inUser.pw_uid; });
 }
 
 std::string GetProgramFolder()

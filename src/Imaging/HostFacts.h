@@ -1,8 +1,14 @@
 #pragma once
 
 #include <ctime>
+#include <optional>
 #include <set>
 #include <string>
+#include <string_view>
+#include <sys/types.h>
+
+/// The value of the environment variable; empty also when it is not set.
+[[nodiscard]] std::string_view GetEnvironment(const char* inName);
 
 /// Seconds since 1970 UTC: the environment variable SOURCE_DATE_EPOCH (reproducible-builds.org) when it holds a whole
 /// number up to the end of the year 9999, else the clock.
@@ -29,6 +35,9 @@
 /// The names of the groups that the user is a member of, the primary group included; a group without a name is left
 /// out. Empty for an unknown user.
 [[nodiscard]] std::set<std::string> GetGroupsForUser(const std::string& inUserName);
+
+/// None for a user this host does not know.
+[[nodiscard]] std::optional<uid_t> FindUserID(const std::string& inUserName);
 
 /// Where the running program lies, with a slash at its end; empty when the system does not tell it.
 [[nodiscard]] std::string GetProgramFolder();

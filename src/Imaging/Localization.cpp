@@ -1,8 +1,6 @@
 #include "Imaging/Localization.h"
 
-#include <cstdlib>
-#include <string_view>
-
+#include "Imaging/HostFacts.h"
 #include "Imaging/PropertyList.h"
 #include "Imaging/Resources.h"
 
@@ -13,8 +11,7 @@ constexpr std::string_view kNameCharacters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefgh
 
 std::string_view GetLocale()
 {
-    const char* const value = std::getenv("LANG");
-    const std::string_view locale = value != nullptr ? value : "";
+    const std::string_view locale = GetEnvironment("LANG");
     // CUPS sets LANG from the job: its characters after the name (".UTF-8", "@euro") do not count, and none may lead
     // out of the folder.
     return locale.substr(0, locale.find_first_not_of(kNameCharacters));

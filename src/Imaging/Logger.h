@@ -35,9 +35,11 @@ struct ALogSite
     ASourcePlace fWhere;
 };
 
+/// The least severe level that is written.
 void LoggerSetLogLevel(int inLevel);
 
-/// Null: records go to standard error.
+/// A file that records are appended to; it is made with mode 0600. Null, and a file that cannot be opened: standard
+/// error.
 void LoggerSetLogToFile(const char* inPath);
 
 /// "%msg" in the format stands for the message; what stands before it opens every line of a record.

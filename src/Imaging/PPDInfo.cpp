@@ -1,5 +1,6 @@
 #include "Imaging/PPDInfo.h"
 
+#include "Imaging/HostFacts.h"
 #include "Imaging/NumberText.h"
 #include "Imaging/TextComparison.h"
 
@@ -16,8 +17,8 @@ constexpr std::string_view kDefaultPrefix = "Default";
 
 std::string GetServerRoot()
 {
-    const char* const root = std::getenv("CUPS_SERVERROOT");
-    return root == nullptr || *root == '\0' ? "/etc/cups" : root;
+    const std::string_view root = GetEnvironment("CUPS_SERVERROOT");
+    return std::string(root.empty() ? "/etc/cups" : root);
 }
 
 std::shared_ptr<const APPDFile> OpenQueueDescription(const std::string& inPrinterName)
@@ -110,14 +111,9 @@ std::optional<std::string> APPDInfo::GetInvocationCode(std::string_view inKeywor
     return std::nullopt;
 }
 
-std::vector<APPDInfo::AEntry> APPDInfo::GetEntries(std::string_view inKeyword) const
+std::vector<APPDFile::AAttribute> APPDInfo::GetEntries(std::string_view inKeyword) const
 {
-    std::vector<AEntry> entries;
-    for (APPDFile::AAttribute& attribute : fFile->GetAttributes(inKeyword))
-    {
-        entries.push_back({std::move(attribute.fSpec), std::move(attribute.fValue)});
-    }
-    return entries;
+    return fFile->GetAttributes(inKeyword);
 }
 
 bool APPDInfo::IsChoiceAvailable(std::string_view inKeyword, std::string_view inChoice) const

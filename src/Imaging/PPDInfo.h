@@ -33,13 +33,6 @@ struct AMargins
 class APPDInfo
 {
 public:
-    /// One entry of a keyword that a PPD may hold many times.
-    struct AEntry
-    {
-        std::string fSpec;  ///< option keyword, may be empty
-        std::string fValue; ///< may be empty
-    };
-
     /// The description of a queue: the file ppd/NAME.ppd below CUPS_SERVERROOT (default /etc/cups) when the name holds
     /// no slash and the file opens; otherwise the file that the environment variable PPD names. Null when neither
     /// opens.
@@ -71,7 +64,7 @@ public:
                                                                std::string_view inChoice) const;
 
     /// The attributes of the keyword in file order.
-    [[nodiscard]] std::vector<AEntry> GetEntries(std::string_view inKeyword) const;
+    [[nodiscard]] std::vector<APPDFile::AAttribute> GetEntries(std::string_view inKeyword) const;
 
     /// Whether the choice exists and the installed options do not forbid it.
     [[nodiscard]] bool IsChoiceAvailable(std::string_view inKeyword, std::string_view inChoice) const;

@@ -1,8 +1,9 @@
 #include "Imaging/PreviewAgentSocket.h"
 
-#include <cstdlib>
 #include <string_view>
 #include <sys/un.h>
+
+#include "Imaging/HostFacts.h"
 
 namespace
 {
@@ -10,11 +11,9 @@ namespace
 /// With the NUL behind it.
 constexpr std::size_t kPathSpace = sizeof(sockaddr_un::sun_path);
 
-/// Empty when it is not set.
 std::string_view GetSetPath()
 {
-    const char* const path = std::getenv("VX_PREVIEW_AGENT_SOCKET");
-    return path != nullptr ? path : "";
+    return GetEnvironment("VX_PREVIEW_AGENT_SOCKET");
 }
 
 bool IsFolderName(const std::string& inName)

@@ -1,9 +1,9 @@
 #include "Imaging/Resources.h"
 
-#include <cstdlib>
+#include "Imaging/HostFacts.h"
 
 std::string GetResourceFolder()
 {
-    const char* const folder = std::getenv("VX_RESOURCES");
-    return folder != nullptr && *folder != '\0' ? folder : VX_RESOURCE_FOLDER;
+    const std::string_view folder = GetEnvironment("VX_RESOURCES");
+    return std::string(folder.empty() ? VX_RESOURCE_FOLDER : folder);
 }

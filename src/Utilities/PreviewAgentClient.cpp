@@ -3,15 +3,13 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
-#include <optional>
-#include <vector>
 
-#include <pwd.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <sys/un.h>
 #include <unistd.h>
 
+#include "Imaging/HostFacts.h"
 #include "Imaging/Logger.h"
 #include "Imaging/PreviewAgentSocket.h"
 
@@ -21,17 +19,6 @@ namespace
 using AClock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kTimeInAll(2);
-
-/// None for a user this host does not know.
-std::optional<uid_t> FindUserID(const std::string& inUser)
-{
-    std::vector<char> buffer(16384);
-    passwd entry{};
-    passwd* found = nullptr;
-    const bool isKnown =
-        getpwnam_r(inUser.c_str(), &entry, buffer.data(), buffer.size(), &found) == 0 && found != nullptr;
-    return isKnown ? std::optional(entry.pw_uid) : std::nullopt;
-}
 
 /// A connection that gives up at a set time.
 class AAgentConnection

@@ -10,9 +10,14 @@
 namespace
 {
 
-std::optional<ATextDictionaries> ReadResource(const std::string& inName)
+/// Reads the property list into ioInfos, once. Null, with an assertion, when it cannot be read.
+const ATextDictionaries* GetInfos(std::optional<ATextDictionaries>& ioInfos, const std::string& inName)
 {
-    return ReadTextDictionaries(GetResourceFolder() + "/" + inName + ".plist");
+    if (!ioInfos)
+    {
+        ioInfos = ReadTextDictionaries(GetResourceFolder() + "/" + inName + ".plist");
+    }
+    return LogUnless(ioInfos.has_value(), ("NULL != f" + inName).c_str()) ? &*ioInfos : nullptr;
 }
 
 ADeviceStatusInfo GenerateStatusInfoFromDictionary(const ATextDictionary& inEntry)
@@ -108,20 +113,10 @@ ADeviceStatusInfo ADeviceStatusAccessor::GetStatusInfoForDeviceState(std::option
 
 const ATextDictionaries* ADeviceStatusAccessor::GetDeviceAlertSeverityInfos()
 {
-    if (!fDeviceAlertSeverityInfos)
-    {
-        fDeviceAlertSeverityInfos = ReadResource("DeviceAlertSeverityInfos");
-    }
-    return LogUnless(fDeviceAlertSeverityInfos.has_value(), "NULL != fDeviceAlertSeverityInfos")
-               ? &*fDeviceAlertSeverityInfos
-               : nullptr;
+    return GetInfos(fDeviceAlertSeverityInfos, "DeviceAlertSeverityInfos");
 }
 
 const ATextDictionaries* ADeviceStatusAccessor::GetDeviceStateInfos()
 {
-    if (!fDeviceStateInfos)
-    {
-        fDeviceStateInfos = ReadResource("DeviceStateInfos");
-    }
-    return LogUnless(fDeviceStateInfos.has_value(), "NULL != fDeviceStateInfos") ? &*fDeviceStateInfos : nullptr;
+    return GetInfos(fDeviceStateInfos, "DeviceStateInfos");
 }

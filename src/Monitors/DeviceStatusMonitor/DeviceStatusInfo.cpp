@@ -9,6 +9,7 @@
 namespace
 {
 
+/// In the order of ADeviceStatusType.
 constexpr std::array<std::string_view, 6> kTypeNames = {"Unknown",          "Normal",     "Warning",
                                                         "RecoverableError", "FatalError", "CancelingJob"};
 

@@ -33,7 +33,7 @@ class ADeviceStatusMonitor
 {
 public:
     /// The lines go to the descriptor, which is not owned. Throws AConstructionFailedException without a URI or with a
-    /// negative descriptor.
+    /// negative descriptor. inInterval, from one look at the device to the next, is positive.
     ADeviceStatusMonitor(std::optional<std::string> inDeviceURI, int inReportingDescriptor,
                          std::chrono::milliseconds inInterval = kDevicePollingInterval,
                          ADeviceFactory inFactory = AIPPDevice::Create);
