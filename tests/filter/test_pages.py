@@ -105,11 +105,6 @@ def test_a_job_without_pages_comes_out_whole():
     assert run_native("%!PS").output == "%!PS\x04"
 
 
-def test_what_stays_in_order_stays_as_it_is():
-    job = make_job(4, "%%BeginFeature: *Duplex DuplexNoTumble\ncode\n%%EndFeature\n")
-    assert run_filter(TWO_SIDED, job).output == job + "\x04"
-
-
 def test_blank_sides_complete_sheets_and_every_collated_copy_has_its_own():
     for options, ppd, cases in [
             (TWO_SIDED, FACE_UP, {(5, 1): "5 B 3 4 1 2", (1, 1): "1 B"}),

@@ -1,32 +1,20 @@
 """All features in one job, and none of them."""
 
-from running import make_job, run_filter
+from running import BUILD, make_job, run_filter
 
-EVERYTHING = """*MirrorPrint: "True"
-*VXInsertOrientation Portrait: "% portrait"
-*VXAccountingInfo: "2"
-*VXGrayBalanceAdjustment VXZone1Limit: "(limit %d)"
-*VXImageShiftDetails Front: "(shift %.1f %.1f)"
-*VXMarginsLayoutMode: "True"
-*VXMarginsLayoutMode Standard: "% margins"
-*VXwmrSwitch: "True"
-*OpenUI *InputSlot: PickOne
-*DefaultInputSlot: Tray1
-*InputSlot Tray1: "% tray 1"
-*InputSlot Tray2: "% tray 2"
-*CloseUI: *InputSlot
-"""
+PPD = (BUILD / "ppd/office.ppd").read_text() + '*VXMarginsLayoutMode Standard: "% margins"\n'
 FEATURES = (
     "[{\n%%BeginFeature: *VXJobRetentionOption VXJobRetentionPrivate\n% hold\n%%EndFeature\n} stopped cleartomark\n"
     "%%BeginFeature: *VXMarginsLayoutMode Oversize\n% oversize\n%%EndFeature\n"
     "%%BeginFeature: *VXImageShiftFront True\n%%EndFeature\n"
     "%%BeginFeature: *MirrorPrint True\n% mirror\n%%EndFeature\n")
 PLACES = (
-    "/VXshowpage/showpage load def|%%EndComments\n|%%BeginProlog\n|VXAccountingInfo|(limit 25)|%%BeginSetup\n|"
-    "*VXInsertOrientation Portrait\n% portrait|*Collate True|*VXJobRetentionOption|/HoldKey (1234)|% margins|"
-    "*VXImageShiftFront True|(shift 72.0 0.0)|-1 1 matrix scale|/VXwmDrawing|%%EndSetup\n|"
-    "%%Page: 1 1\n|% tray 2|(page 1) show|VXwmDraw\n|VXshowpage\n|%%Page: 2 2\n|(page 2) show|VXwmDraw\n|"
-    "%%Page: 3 3\n|% tray 1|/Duplex false|VXwmDraw\n|VXshowpage\n|%%Trailer\n").split("|")
+    "/VXshowpage/showpage load def|%%EndComments\n|%%BeginProlog\n|VXAccountingInfo|/VXHighlightLimit 20|"
+    "/VXCyanBrightness 0|%%BeginSetup\n|*VXInsertOrientation Portrait\n<< /VXContentOrientation 0|*Collate True|"
+    "*VXJobRetentionOption|/HoldKey (1234)|% margins|*VXImageShiftFront True|/PageOffset [ 72.000001 0.000000 ]|"
+    "-1 1 matrix scale|/VXwmDrawing|%%EndSetup\n|%%Page: 1 1\n|/MediaPosition 1|(page 1) show|VXwmDraw\n|VXshowpage\n|"
+    "%%Page: 2 2\n|(page 2) show|VXwmDraw\n|%%Page: 3 3\n|/MediaPosition 0|/Duplex false|VXwmDraw\n|VXshowpage\n|"
+    "%%Trailer\n").split("|")
 
 
 def test_every_feature_finds_its_place_in_one_job():
@@ -34,7 +22,7 @@ def test_every_feature_finds_its_place_in_one_job():
         "MirrorPrint=True PMPageOrientation=1 VXImageShiftFront=True VXImageShiftFrontX=25.4 media=A4 "
         "VXJobRetentionOption=VXJobRetentionPrivate VXPinToPrintExtended=1234 VXwmrSwitch=Overlay "
         "sides=two-sided-long-edge AP_FIRSTPAGE_InputSlot=Tray2 InputSlot=Tray1 orientation-requested=3",
-        make_job(3, FEATURES), EVERYTHING)
+        make_job(3, FEATURES), PPD)
     assert result.status == 0
     at = 0
     for place in PLACES:

@@ -122,12 +122,12 @@ def show_sides(sides):
 
 def show_trays(sides):
     """The paper source of each side: a tray's position, "manual", or "none" where none was asked for."""
-    return " ".join("manual" if side.device["manual"] == "true" else side.device["tray"] for side in sides)
+    return " ".join("manual" if side.device["ManualFeed"] == "true" else side.device["MediaPosition"] for side in sides)
 
 
 def show_duplex(sides):
     """How each side is printed: "one" sided, or on a sheet that is turned over its "long" or "short" edge."""
-    return " ".join("one" if side.device["duplex"] != "true" else "short" if side.device["tumble"] == "true" else "long"
+    return " ".join("one" if side.device["Duplex"] != "true" else "short" if side.device["Tumble"] == "true" else "long"
                     for side in sides)
 
 
