@@ -1,5 +1,4 @@
 #include "Imaging/PrintfTemplate.h"
-#include "ForeignLocale.h"
 
 #include <climits>
 #include <gtest/gtest.h>
@@ -58,17 +57,4 @@ TEST(PrintfTemplate, BoundsWhatATemplateAsksFor)
     EXPECT_EQ(1U + 309U + 1U + 255U, largest.size());
     EXPECT_EQ('0', largest.back());
     EXPECT_EQ(100000U + 2U, FormatTemplate("%" + std::string(100000, '-'), {1LL}).size() + 1U);
-}
-
-TEST(PrintfTemplate, HasAPointInEveryLanguage)
-{
-    const AForeignLocale german;
-    if (!german.IsSet())
-    {
-        GTEST_SKIP() << "no German locale";
-    }
-    EXPECT_EQ("1234567.5 1.500000 2.5 7", FormatTemplate("%'.1f %s %.1f %d", {1234567.5, 1.5, "2.5", 7LL}));
-    std::array<char, 8> after{};
-    snprintf(after.data(), after.size(), "%.1f", 1.5);
-    EXPECT_STREQ("1,5", after.data()) << "the process keeps its own locale";
 }
