@@ -18,7 +18,12 @@ namespace
 
 using ATask = AProcessingTask::ADeclaration;
 
-constexpr unsigned kJobs = 700;
+// A sanitizer makes everything slower.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr unsigned kJobs = 200;
+#else
+constexpr unsigned kJobs = 1000;
+#endif
 constexpr std::size_t kPiece = 8191;  ///< bytes of a line that are handled at a time
 constexpr std::size_t kRead = 131072; ///< bytes that a read brings at most
 
@@ -208,7 +213,7 @@ std::string MakeRandomJob(std::mt19937& ioRandom)
         job += kind < 420   ? std::string(kPieces[ioRandom() % kPieces.size()])
                : kind < 600 ? repeat(0, 60, "ax% *")
                : kind < 660 ? repeat(kPiece * (1 + ioRandom() % 2) - 12, 24, "a \t")
-               : kind < 664 ? repeat(2 * kRead - 20 - job.size() % kRead, 24, "\n\na")
+               : kind < 664 ? repeat(2 * kRead - 20 - job.size() % kRead, 24, "a")
                             : "";
     }
     return job;

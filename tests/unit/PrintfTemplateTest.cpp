@@ -39,7 +39,6 @@ TEST(PrintfTemplate, FormatsAsPrintfDoes)
     EXPECT_EQ(FormatTemplate("50% %d", {1LL}), "50% 1");
     EXPECT_EQ(FormatTemplate("%5%d", {1LL}), "%51");
     EXPECT_EQ(FormatTemplate("%l%%", {}), "%l%");
-    EXPECT_EQ(FormatTemplate("%", {1LL}), "%");
     EXPECT_EQ(FormatTemplate("end %-0.", {1LL}), "end %-0.");
     EXPECT_EQ(FormatTemplate("%%%", {1LL}), "%%");
     EXPECT_EQ(FormatTemplate(std::string("a\0%d", 4), {1LL}), std::string("a\0001", 3));

@@ -126,7 +126,6 @@ TEST(SettingsStore, KnowsTheJobFromItsOptionsAndThePrinter)
     EXPECT_EQ(Describe("orientation-requested=4 " VX_ROWS "=2 " VX_COLUMNS "=2"), "face-down 1");
     EXPECT_EQ(Describe("orientation-requested=5 " VX_ROWS "=3 " VX_COLUMNS "=2"), "face-down 3");
     EXPECT_EQ(Describe("orientation-requested=9 " VX_ROWS "=2 " VX_COLUMNS "=1"), "face-down 6");
-    EXPECT_EQ(Describe(VX_ROWS "=2 " VX_COLUMNS "=1"), "face-down 1");
     EXPECT_EQ(Describe(VX_ROWS "=2"), "face-down 0");
     EXPECT_EQ(Describe("PMPageOrientation=4"), "face-down 0");
     EXPECT_EQ(Describe("PMPageOrientation=4 orientation-requested=4", "", nullptr), "native face-down 2");
