@@ -1,4 +1,4 @@
-#include <array>
+#include <algorithm>
 #include <map>
 #include <vector>
 
@@ -13,10 +13,7 @@ constexpr std::string_view kSeparator = "\n====\n";
 
 /// What every input starts from; it need not bring a description of its own.
 constexpr std::string_view kPPDHead = R"ppd(*PPD-Adobe: "4.3"
-*LanguageEncoding: ISOLatin1
 *Product: "(Veldra Fuzz)"
-*ModelName: "Fuzz"
-*NickName: "Fuzz"
 *OpenUI *PageSize: PickOne
 *DefaultPageSize: A4
 *PageSize A4: "<</PageSize[595 842]>>setpagedevice"
@@ -54,10 +51,7 @@ void SetEnvironment(const std::map<std::string, std::string>& inSettings, const 
 std::string RunJob(std::vector<std::string> inTexts, AExitStatus& outStatus)
 {
     std::vector<char*> arguments;
-    for (std::string& text : inTexts)
-    {
-        arguments.push_back(text.data());
-    }
+    std::ranges::transform(inTexts, std::back_inserter(arguments), [](std::string& ioText) { return ioText.data(); });
     arguments.push_back(nullptr);
     const AMemoryFile file;
     const int before = dup(STDOUT_FILENO);

@@ -26,16 +26,12 @@ struct AListener
     void AnswerOnce(std::string_view inAnswer) const
     {
         const int peer = accept4(fSocket, nullptr, nullptr, SOCK_CLOEXEC);
-        std::string request;
-        std::array<char, 4096> bytes{};
-        // Headers and message come in two writes.
-        for (ssize_t count = 1;
-             count > 0 && !(request.ends_with('\x03') && request.find("printer-state-reasons") != std::string::npos);)
-        {
-            count = read(peer, bytes.data(), bytes.size());
-            request.append(bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-        }
         static_cast<void>(!send(peer, inAnswer.data(), inAnswer.size(), MSG_NOSIGNAL));
+        shutdown(peer, SHUT_WR);
+        std::array<char, 4096> request{};
+        while (read(peer, request.data(), request.size()) > 0)
+        {
+        }
         close(peer);
     }
 

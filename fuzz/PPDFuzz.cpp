@@ -1,41 +1,8 @@
 #include <cmath>
+#include <tuple>
 
 #include "FuzzSupport.h"
 #include "Imaging/PPDInfo.h"
-
-namespace
-{
-
-/// The answers alone tell nothing; giving them is enough.
-template <typename... Answers>
-void Ask(const Answers&...)
-{
-}
-
-void AskInfo(const APPDInfo& inInfo, std::string_view inKeyword, std::string_view inChoice)
-{
-    for (unsigned bit = 1; bit <= 1024; bit *= 2)
-    {
-        Ask(inInfo.IsFeatureSupported(bit));
-    }
-    Ask(inInfo.GetDefaultValue(inKeyword), inInfo.GetNumericValue(inKeyword), inInfo.IsVeldraPrinter(),
-        inInfo.GetPaperMargins(inChoice));
-    const auto value = inInfo.GetValue(inKeyword);
-    Require(!value || (!value->empty() && inInfo.IsFeatureSupported(inKeyword)), "a value belongs to a keyword");
-    Require(inInfo.GetEntries(inKeyword).empty() || inInfo.IsFeatureSupported(inKeyword), "entries have a keyword");
-    Require(inInfo.GetInvocationCode(inKeyword, inChoice) != "", "an empty code is no code");
-}
-
-void AskFile(const APPDFile& inFile, std::string_view inKeyword, std::string_view inChoice)
-{
-    Ask(inFile.GetCustomLimits(), inFile.GetLargestPageSize(), inFile.GetDefaultPageSizeName(),
-        inFile.GetPageSizeCode(inChoice));
-    const auto size = inFile.FindPageSize(inChoice);
-    Require(!size || (std::isfinite(size->fWidth) && std::isfinite(size->fLength)), "a page size is finite");
-    Require(!inFile.IsChoiceAvailable(inKeyword, inChoice) || inFile.HasOption(inKeyword), "choices have an option");
-}
-
-} // namespace
 
 /// The first two lines are the keyword and the choice that are asked for, the rest is the printer description.
 void Fuzz(std::string_view inInput)
@@ -44,9 +11,25 @@ void Fuzz(std::string_view inInput)
     const std::string_view keyword = TakeUpTo(rest, "\n");
     const std::string_view choice = TakeUpTo(rest, "\n");
     const AMemoryFile description(rest);
-    if (const auto file = APPDFile::Open(description.GetPath().c_str()))
+    const auto file = APPDFile::Open(description.GetPath().c_str());
+    if (file == nullptr)
     {
-        AskFile(*file, keyword, choice);
-        AskInfo(APPDInfo(file), keyword, choice);
+        return;
     }
+    const APPDInfo info(file);
+    for (unsigned bit = 1; bit <= 1024; bit *= 2)
+    {
+        std::ignore = info.IsFeatureSupported(bit);
+    }
+    // The answers alone tell nothing; giving them is enough.
+    std::ignore = std::tuple(info.GetDefaultValue(keyword), info.GetNumericValue(keyword), info.IsVeldraPrinter(),
+                             info.GetPaperMargins(choice), file->GetCustomLimits(), file->GetLargestPageSize(),
+                             file->GetDefaultPageSizeName(), file->GetPageSizeCode(choice));
+    const auto value = info.GetValue(keyword);
+    Require(!value || (!value->empty() && info.IsFeatureSupported(keyword)), "a value belongs to a keyword");
+    Require(info.GetEntries(keyword).empty() || info.IsFeatureSupported(keyword), "entries have a keyword");
+    Require(info.GetInvocationCode(keyword, choice) != "", "an empty code is no code");
+    const auto size = file->FindPageSize(choice);
+    Require(!size || (std::isfinite(size->fWidth) && std::isfinite(size->fLength)), "a page size is finite");
+    Require(!file->IsChoiceAvailable(keyword, choice) || file->HasOption(keyword), "choices have an option");
 }

@@ -14,7 +14,7 @@ ATemplateArgument MakeArgument(std::string_view inText)
 {
     if (inText.starts_with('i'))
     {
-        return static_cast<long long>(std::strtoll(std::string(inText.substr(1)).c_str(), nullptr, 0));
+        return std::strtoll(std::string(inText.substr(1)).c_str(), nullptr, 0);
     }
     if (inText.starts_with('f'))
     {

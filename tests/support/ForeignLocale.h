@@ -18,8 +18,6 @@ public:
                  *std::localeconv()->decimal_point == ',';
     }
     ~AForeignLocale() { std::setlocale(LC_ALL, "C"); }
-    AForeignLocale(const AForeignLocale&) = delete;
-    AForeignLocale& operator=(const AForeignLocale&) = delete;
 
     /// False where localedef or the source of the locale is missing.
     [[nodiscard]] bool IsSet() const { return fIsSet; }

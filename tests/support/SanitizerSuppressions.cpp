@@ -10,10 +10,6 @@ extern "C" const char* __lsan_default_suppressions()
 // GLib's locks are its own, so the order that they make between Pango's threads is not seen.
 extern "C" const char* __tsan_default_suppressions()
 {
-    return "race:libglib-2.0\n"
-           "race:libgobject-2.0\n"
-           "race:libfontconfig\n"
-           "race:libpango\n"
-           "race:libharfbuzz\n"
-           "race:libfreetype\n";
+    return "race:libglib-2.0\nrace:libgobject-2.0\nrace:libfontconfig\n"
+           "race:libpango\nrace:libharfbuzz\nrace:libfreetype\n";
 }

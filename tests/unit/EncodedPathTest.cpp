@@ -1,4 +1,4 @@
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include "Processors/EncodedPath.h"
 
@@ -12,11 +12,6 @@ using enum OutlineOperator;
 AOutlineStep LineTo(float inX, float inY)
 {
     return {kLineTo, {{{inX, inY}}}};
-}
-
-AGlyph MakeGlyph(std::vector<AOutlineStep> inOutline, float inAdvance = 0)
-{
-    return {true, inAdvance, std::move(inOutline)};
 }
 
 /// Operands and operators of the glyph as written, without what every path begins and ends with.
@@ -40,11 +35,8 @@ std::string EncodeAlone(const AGlyph& inGlyph)
 
 TEST(EncodedPath, TurnsAnOutlineUpsideDownStepByStep)
 {
-    const AGlyph glyph = MakeGlyph({{kMoveTo, {{{1, -2}}}},
-                                    LineTo(4, -2.5F),
-                                    {kCurveTo, {{{5, -3}, {6, -4}, {7, -5}}}},
-                                    LineTo(8, -5),
-                                    {kClosePath, {}}});
+    const AOutlineStep curve = {kCurveTo, {{{5, -3}, {6, -4}, {7, -5}}}};
+    const AGlyph glyph = {true, 0, {{kMoveTo, {{{1, -2}}}}, LineTo(4, -2.5F), curve, LineTo(8, -5), {kClosePath, {}}}};
     EXPECT_EQ(EncodeAlone(glyph), " 1.000000 2.000000 3.000000 0.500000\n"
                                   " 1.000000 0.500000 2.000000 1.500000 3.000000 2.500000\n"
                                   " 1.000000 -0.000000\n"
@@ -53,11 +45,7 @@ TEST(EncodedPath, TurnsAnOutlineUpsideDownStepByStep)
 
 TEST(EncodedPath, WidensTheBoundsOfALine)
 {
-    const APathBounds bounds = APathBounds::Around({{}, 0, 50, 30, 10});
-    EXPECT_FLOAT_EQ(bounds.fLeft, -105);
-    EXPECT_FLOAT_EQ(bounds.fBottom, -114);
-    EXPECT_FLOAT_EQ(bounds.fRight, 155);
-    EXPECT_FLOAT_EQ(bounds.fTop, 134);
+    EXPECT_THAT(APathBounds::Around({{}, 0, 50, 30, 10}), testing::FieldsAre(-105, -114, 155, 134));
 }
 
 TEST(EncodedPath, ClampsEachStepAgainstTheBounds)
@@ -68,10 +56,10 @@ TEST(EncodedPath, ClampsEachStepAgainstTheBounds)
         {LineTo(0, -41), " 0.000000 40.000000"},   {LineTo(99, 99), " 30.000000 -20.000000"}};
     for (const auto& [step, clamped] : cases)
     {
-        EXPECT_EQ(EncodeAlone(MakeGlyph({step})), std::string(clamped) + "\n }\n< 00 01\n 04");
+        EXPECT_EQ(EncodeAlone({true, 0, {step}}), std::string(clamped) + "\n }\n< 00 01\n 04");
     }
     // What comes next is relative to the point that was asked for, and a curve's points are clamped one by one.
-    EXPECT_EQ(EncodeAlone(MakeGlyph({LineTo(50, 0), {kCurveTo, {{{60, 0}, {81, 0}, {38, 0}}}}})),
+    EXPECT_EQ(EncodeAlone({true, 0, {LineTo(50, 0), {kCurveTo, {{{60, 0}, {81, 0}, {38, 0}}}}}}),
               " 30.000000 -0.000000\n 10.000000 -0.000000 30.000000 -0.000000 -10.000000 -0.000000\n"
               " }\n< 00 01\n 04 06");
 }
@@ -79,22 +67,22 @@ TEST(EncodedPath, ClampsEachStepAgainstTheBounds)
 TEST(EncodedPath, StepsThePenBeforeEveryGlyphButTheFirst)
 {
     AEncodedPath path(kBounds, "ustroke");
-    EXPECT_EQ(Encode(path, MakeGlyph({}, 12.5F)), " }\n< 00 01\n");
-    EXPECT_EQ(Encode(path, MakeGlyph({}, 12.5F)), " 12.500000 -0.000000 }\n< 00 01\n 02");
+    EXPECT_EQ(Encode(path, {true, 12.5F, {}}), " }\n< 00 01\n");
+    EXPECT_EQ(Encode(path, {true, 12.5F, {}}), " 12.500000 -0.000000 }\n< 00 01\n 02");
     // The right bound moves with the pen, the left one does not.
-    EXPECT_EQ(Encode(path, MakeGlyph({LineTo(6, 0), LineTo(-5, 0)}, 5)),
+    EXPECT_EQ(Encode(path, {true, 5, {LineTo(6, 0), LineTo(-5, 0)}}),
               " 25.000000 -0.000000 5.000000 -0.000000\n -10.000000 -0.000000\n }\n< 00 01\n 02 04 04");
     // Exactly at the right bound is not beyond it.
-    EXPECT_EQ(Encode(path, MakeGlyph({}, 0.5F)), " 30.000000 -0.000000 }\n< 00 01\n 02");
-    EXPECT_FALSE(path.Encode(MakeGlyph({})));
+    EXPECT_EQ(Encode(path, {true, 0.5F, {}}), " 30.000000 -0.000000 }\n< 00 01\n 02");
+    EXPECT_FALSE(path.Encode({true, 0, {}}));
 }
 
 TEST(EncodedPath, KeepsTheRoomOfGlyphsThatAreNotDrawn)
 {
     AEncodedPath path(kBounds, "ustroke");
-    EXPECT_EQ(Encode(path, MakeGlyph({}, 10)), " }\n< 00 01\n");
+    EXPECT_EQ(Encode(path, {true, 10, {}}), " }\n< 00 01\n");
     EXPECT_EQ(Encode(path, {false, 5, {}}), " }\n< 00 01\n");
-    EXPECT_TRUE(path.Encode(MakeGlyph({LineTo(0, 0), {kMoveTo, {{{0, 41}}}}}, 2)));
+    EXPECT_TRUE(path.Encode({true, 2, {LineTo(0, 0), {kMoveTo, {{{0, 41}}}}}}));
     EXPECT_EQ(path.GetText(), "") << "begins out of bounds";
-    EXPECT_EQ(Encode(path, MakeGlyph({})), " 17.000000 -0.000000 }\n< 00 01\n 02");
+    EXPECT_EQ(Encode(path, {true, 0, {}}), " 17.000000 -0.000000 }\n< 00 01\n 02");
 }

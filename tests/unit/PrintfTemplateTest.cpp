@@ -1,5 +1,4 @@
 #include "Imaging/PrintfTemplate.h"
-#include "ForeignLocale.h"
 
 #include <climits>
 #include <gtest/gtest.h>
@@ -37,14 +36,11 @@ TEST(PrintfTemplate, FormatsAsPrintfDoes)
     EXPECT_EQ(FormatTemplate("%n %p %*d %o %X %a %y", {7LL}), "%n %p %*d %o %X %a %y");
     EXPECT_EQ(FormatTemplate("%d %d", {1LL}), "1 %d");
     EXPECT_EQ(FormatTemplate("%-08.3lf", {}), "%-08.3lf");
-    EXPECT_EQ(FormatTemplate("%n%d", {1LL}), "%n1");
     EXPECT_EQ(FormatTemplate("50% %d", {1LL}), "50% 1");
     EXPECT_EQ(FormatTemplate("%5%d", {1LL}), "%51");
     EXPECT_EQ(FormatTemplate("%l%%", {}), "%l%");
-    EXPECT_EQ(FormatTemplate("%", {1LL}), "%");
     EXPECT_EQ(FormatTemplate("end %-0.", {1LL}), "end %-0.");
     EXPECT_EQ(FormatTemplate("%%%", {1LL}), "%%");
-    EXPECT_EQ(FormatTemplate("extra", {1LL, 2LL}), "extra");
     EXPECT_EQ(FormatTemplate(std::string("a\0%d", 4), {1LL}), std::string("a\0001", 3));
 }
 
@@ -58,17 +54,4 @@ TEST(PrintfTemplate, BoundsWhatATemplateAsksFor)
     EXPECT_EQ(1U + 309U + 1U + 255U, largest.size());
     EXPECT_EQ('0', largest.back());
     EXPECT_EQ(100000U + 2U, FormatTemplate("%" + std::string(100000, '-'), {1LL}).size() + 1U);
-}
-
-TEST(PrintfTemplate, HasAPointInEveryLanguage)
-{
-    const AForeignLocale german;
-    if (!german.IsSet())
-    {
-        GTEST_SKIP() << "no German locale";
-    }
-    EXPECT_EQ("1234567.5 1.500000 2.5 7", FormatTemplate("%'.1f %s %.1f %d", {1234567.5, 1.5, "2.5", 7LL}));
-    std::array<char, 8> after{};
-    snprintf(after.data(), after.size(), "%.1f", 1.5);
-    EXPECT_STREQ("1,5", after.data()) << "the process keeps its own locale";
 }
