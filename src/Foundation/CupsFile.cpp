@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cerrno>
-#include <csignal>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -11,28 +10,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "Foundation/SignalBlock.h"
 #include "Imaging/Logger.h"
 
 namespace
 {
-
-/// While it lives no signal can end the process: what has a name for a moment must lose it first.
-class ASignalBlock
-{
-public:
-    ASignalBlock()
-    {
-        sigset_t all;
-        sigfillset(&all);
-        pthread_sigmask(SIG_SETMASK, &all, &fBefore);
-    }
-    ~ASignalBlock() { pthread_sigmask(SIG_SETMASK, &fBefore, nullptr); }
-    ASignalBlock(const ASignalBlock&) = delete;
-    ASignalBlock& operator=(const ASignalBlock&) = delete;
-
-private:
-    sigset_t fBefore{};
-};
 
 bool IsKind(int inDescriptor, mode_t inKind)
 {
@@ -117,7 +99,7 @@ bool ACupsFile::OpenTemporaryFile()
 {
     Close();
     fName.clear();
-    const ASignalBlock block;
+    const ASignalBlock block; // what has a name for a moment must lose it before the process may end
     std::array<char, 1024> name{};
     const int descriptor = cupsTempFd(name.data(), static_cast<int>(name.size()));
     if (descriptor < 0)

@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <condition_variable>
-#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <mutex>
@@ -10,6 +9,7 @@
 #include <string>
 #include <system_error>
 
+#include "Foundation/SignalBlock.h"
 #include "Imaging/Logger.h"
 
 namespace
@@ -91,6 +91,7 @@ void Watch(const std::stop_token& inStop, pid_t inGroup)
 
 AHangWatch::AHangWatch(pid_t inGroup)
 {
+    const ASignalBlock block; // for the thread: signals are for whoever waits for the group
     try
     {
         fThread = std::jthread([inGroup](const std::stop_token& inStop) { Watch(inStop, inGroup); });
