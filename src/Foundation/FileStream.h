@@ -100,5 +100,5 @@ private:
 
     std::int64_t fFilePosition; ///< of the descriptor; 0 at first where it has none (a pipe)
     std::int64_t fRunStart = 0; ///< from where on the file was read or written without a jump
-    bool fHasPosition;
+    bool fHasPosition;          ///< false for a pipe
 };
